@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+
+class QWidget;
+
+namespace lumiquilt {
+
+struct ProgramState;
+
+/// The frame sizes, in pixels, that window sizes in twips are made of.
+struct ScreenMetrics {
+    int16_t captionHeight = 23;
+    int16_t dialogFrameHeight = 3;
+    int16_t sizingFrameHeight = 4;
+    int16_t menuHeight = 20;
+    int16_t twipsPerPixel = 15;
+};
+
+/// Reads the metrics of this desktop: twips per pixel from the primary screen's
+/// logical resolution (15 at 96 dots per inch), the caption and menu heights from
+/// the style; the frames keep their classic sizes.
+ScreenMetrics readScreenMetrics();
+
+void applyScreenMetrics(ProgramState& state, const ScreenMetrics& metrics);
+
+/// Where a window goes on screen, in pixels: the frame's top left corner and the
+/// client size.
+struct WindowPlacement {
+    int x = 0;
+    int y = 0;
+    int clientWidth = 0;
+    int clientHeight = 0;
+};
+
+/// A window's outer box in twips, as the program computes it, turned into a
+/// frame position and a client size: the width holds two sizing frames, the height
+/// a caption and two dialog frames.
+WindowPlacement placementFromTwips(const ProgramState& state, double left, double top, double width,
+                                   double height);
+
+/// Moves and sizes a top-level window by its outer box in twips.
+void moveWindowTwips(QWidget* window, const ProgramState& state, double left, double top,
+                     double width, double height);
+
+/// Outer width and height of a window in twips, the reverse of the above.
+double windowWidthTwips(const QWidget* window, const ProgramState& state);
+double windowHeightTwips(const QWidget* window, const ProgramState& state);
+
+/// The primary screen's size in twips.
+double screenWidthTwips(const ProgramState& state);
+double screenHeightTwips(const ProgramState& state);
+
+}  // namespace lumiquilt

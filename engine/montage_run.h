@@ -1,0 +1,75 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "core/program_state.h"
+#include "series/pixel_buffers.h"
+
+namespace lumiquilt {
+
+/// Stages of a Create Image run; each is the line number its general message names.
+enum CreateImageStage : int {
+    kStageIncrementCheck = 500,
+    kStageIncrement = 1000,
+    kStageHideWindows = 2000,
+    kStageCompleteName = 4000,
+    kStageDigits = 4200,
+    kStageFirstNumber = 5000,
+    kStageLoadMember = 5100,
+    kStageArrange = 8000,
+    kStageOffsets = 8100,
+    kStageNoOffsets = 8200,
+    kStageBuffers = 8400,
+    kStageBlockLoop = 8500,
+    kStageBlockCopy = 10000,
+    kStagePreviewRow = 10300,
+    kStageLoopEnd = 10400,
+    kStageReport = 11000,
+    kStageClose = 15000,
+};
+
+/// The increment text as a run finds it: text that is no number becomes "10",
+/// a value below 1 becomes "1"; any other text stays as it is.
+std::string checkIncrementText(const std::string& text);
+
+/// The block size of a checked text: its leading number rounded half to even.
+/// Throws RuntimeError 6 when it leaves 16 bits.
+int16_t incrementFromText(const std::string& text);
+
+/// Shown once for each image of another size among images 2 to 10.
+using DimensionMessageFn = std::function<void(const std::string& text)>;
+
+/// Loads everything (mode 0): sizes montagePixels to montageWidth by montageHeight
+/// and reads the montage picture (blank when its bits are null) into slot 100;
+/// checks the sizes; sizes seriesPixels to image 1's frame and reads every image.
+/// images[k - 1] is image k.
+void loadPixelBuffers(ProgramState& state, const PictureView& montage, int montageWidth,
+                      int montageHeight, const std::vector<PictureView>& images,
+                      const DimensionMessageFn& showDimensionMessage);
+
+/// Reloads the method windows' pictures into slots 100 to 106 (mode 1).
+void loadMethodPixelBuffers(ProgramState& state, const std::vector<PictureView>& methodPictures);
+
+/// Called after each finished row of blocks with the row's first buffer row.
+using BlockRowFn = std::function<void(int16_t y0)>;
+
+/// The block loop: for each block corner, the image with the strictly highest
+/// measure (the lower number on a tie) gives the whole block to slot 100.
+void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDone);
+
+/// The smoothing step behind the hidden commands and the "autoSmooth" setting.
+/// It changes no pixel; slot is a method window's number or 999 for the main one.
+void smoothMontage(PixelBuffers& buffers, int slot, Flag fromMenu);
+
+/// What an offset step gives a run: the shift added to every block row.
+struct OffsetStep {
+    int16_t rowShift = 0;
+};
+
+/// The offset step of a run when offsets are off: all offsets and bases zero.
+OffsetStep clearImageOffsets(ProgramState& state);
+
+}  // namespace lumiquilt

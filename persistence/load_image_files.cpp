@@ -1,0 +1,198 @@
+// Load Image Files, the file dialog that leads to it, and the recent-file list.
+#include <QApplication>
+
+#include "core/files.h"
+#include "core/form_montage.h"
+#include "core/numbers.h"
+#include "core/runtime_error.h"
+#include "core/text.h"
+#include "display/window_geometry.h"
+#include "series/picture_io.h"
+#include "series/series_name.h"
+
+namespace lumiquilt {
+
+namespace {
+
+std::string textOf(const QLineEdit* field) {
+    return field->text().toStdString();
+}
+
+}  // namespace
+
+void FormMontage::loadSeriesMember(int k, const std::string& fileName) {
+    FormPicture* window = pictureWindow(k);
+    window->PictureFile->setPicture(loadPicture(fileName));
+    window->setWindowTitle(QString::fromStdString(
+        "Image" + numberToText(static_cast<long long>(k)) + " -- " + fileName));
+    if (window->isMinimized() || window->isMaximized()) {
+        window->showNormal();
+    }
+    yieldEvents();
+}
+
+void FormMontage::placePictureWindows() {
+    const ProgramState& s = m_state;
+    for (int k = 1; k <= s.imageCount; ++k) {
+        FormPicture* window = pictureWindow(k);
+        const double top =
+            textFileName->y() + textFileName->height() + s.captionHeight + s.menuHeight + 20.0 * k;
+        moveWindowTwips(
+            window, s, (k - 1) * 20.0 * s.twipsPerPixel, top * s.twipsPerPixel,
+            (2.0 * s.sizingFrameHeight + s.imageWidth) * s.twipsPerPixel,
+            (s.captionHeight + s.imageHeight + 2.0 * s.dialogFrameHeight) * s.twipsPerPixel);
+        window->PictureFile->raise();
+        window->show();
+        if (k <= kIgnorableImages) {
+            m.mnuignoreImage[static_cast<size_t>(k - 1)]->setVisible(true);
+        }
+    }
+}
+
+void FormMontage::hideSeriesWindows() {
+    for (int k = 1; k < kImageSlots; ++k) {
+        if (hasPictureWindow(k)) {
+            pictureWindow(k)->hide();
+        }
+        if (k <= kIgnorableImages) {
+            m.mnuignoreImage[static_cast<size_t>(k - 1)]->setVisible(false);
+        }
+    }
+}
+
+void FormMontage::unloadMethodWindows() {
+    for (int i = 0; i < 8; ++i) {
+        if (m_methodUsedWindows[static_cast<size_t>(i)] != nullptr) {
+            m_methodUsedWindows[static_cast<size_t>(i)]->unload();
+        }
+        if (m_methodWindows[static_cast<size_t>(i)] != nullptr) {
+            m_methodWindows[static_cast<size_t>(i)]->unload();
+        }
+    }
+}
+
+void FormMontage::mnuLoad_Click() {
+    if (m_runInProgress) {
+        return;
+    }
+    ProgramState& s = m_state;
+    setRunInProgress(true);
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    int stage = 0;
+    try {
+        s.imageCount = 0;
+        montageWindow()->hide();
+
+        stage = 200;  // failures here are passed over
+        try {
+            usedWindow()->hide();
+            hideSeriesWindows();
+            unloadMethodWindows();
+        } catch (const RuntimeError&) {
+        }
+
+        stage = 400;
+        // The preview window comes with its own command; nothing else to unload here.
+        const std::string name = completeSeriesName(textOf(textFileName), s.appPath);
+        textFileName->setText(QString::fromStdString(name));
+
+        bool go = true;
+        if (!hasDigitBeforeDot(name)) {
+            m_ui.messageBox(noDigitMessageLoad(), kNoDigitTitle, MessageIcon::critical);
+            go = false;
+        } else if (!fileExists(name)) {
+            // The automatic load at start-up says nothing about a missing file.
+            if (s.firstLoadAfterStart == kFalse) {
+                m_ui.messageBox(kFileMissingMessage, kFileMissingTitle, MessageIcon::exclamation);
+                m_recent.forget(name, m_settings);
+                refreshRecentMenu();
+            }
+            go = false;
+        }
+
+        stage = 500;
+        SeriesPattern pattern;
+        if (go) {
+            try {
+                pattern = findDigits(name);
+                s.seriesBase = pattern.seriesBase;
+            } catch (const RuntimeError&) {
+                m_ui.messageBox(kNumberTooLargeMessage, kNoDigitTitle, MessageIcon::critical);
+                go = false;
+            }
+        }
+
+        if (go) {
+            stage = 510;
+            const SeriesLoopResult loop = loadSeriesLoop(
+                pattern, [this](int k, const std::string& f) { loadSeriesMember(k, f); },
+                s.imageCount, s.currentFileName);
+            if (loop.end == SeriesEnd::limit) {
+                // The windows of this load stay hidden and unplaced.
+                m_ui.messageBox(tooManyPicturesMessage(), kTooManyPicturesTitle,
+                                MessageIcon::critical);
+                go = false;
+            }
+        }
+
+        if (go) {
+            stage = 800;
+            if (s.imageCount >= 1) {
+                const QImage& first = pictureWindow(1)->PictureFile->picture();
+                s.imageWidth = static_cast<float>(first.width());
+                s.imageHeight = static_cast<float>(first.height());
+            }
+            placePictureWindows();
+            if (m.mnuAddOffsets->isChecked()) {
+                m.mnuAddOffsets->trigger();
+            }
+            setTargetColor(m_settings.readNumber("Target color"));
+            stage = 900;
+            updateWindowMenu();
+        }
+    } catch (const RuntimeError& error) {
+        showGeneralMessage(error.number(), error.description(), stage, "mnuLoad");
+    } catch (const ProcessEnding&) {
+    }
+    QApplication::restoreOverrideCursor();
+    s.firstLoadAfterStart = kFalse;
+    setRunInProgress(false);
+}
+
+void FormMontage::CommandBrowse_Click() {
+    if (m_runInProgress) {
+        return;
+    }
+    FileDialogRequest request;
+    request.filter = "Picture files  (*.bmp;*.jpg;*.gif)|*.bmp;*.jpg;*.gif|All files  (*.*)|*.*|";
+    request.fileName = textOf(textFileName);
+    request.initialFolder = textOf(textFileName);
+    const std::optional<std::string> chosen = m_ui.openFileName(request);
+    if (!chosen) {
+        return;  // Cancel changes nothing
+    }
+    textFileName->setText(QString::fromStdString(*chosen));
+    mnuLoad_Click();
+}
+
+void FormMontage::mnuRecentFile_Click(int index) {
+    if (m_runInProgress) {
+        return;
+    }
+    const std::string item = m_recent.at(index);
+    textFileName->setText(QString::fromStdString(item));
+    if (item.rfind("project ", 0) == 0) {
+        // Projects open with their own command.
+        return;
+    }
+    if (!isAbsoluteName(item)) {
+        textFileName->setText(QString::fromStdString(m_state.appPath + item));
+    }
+    mnuLoad_Click();
+    // A file that has vanished was just taken off the list; it is not put back.
+    if (fileExists(textOf(textFileName))) {
+        addRecentFile(textOf(textFileName));
+    }
+}
+
+}  // namespace lumiquilt

@@ -1,0 +1,233 @@
+#include "persistence/profile_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <vector>
+
+#include "core/runtime_error.h"
+#include "core/text.h"
+
+namespace lumiquilt {
+
+namespace {
+
+struct Line {
+    std::string text;  // without its line end
+    std::string end;   // "\n", "\r\n" or "" for a last line without one
+};
+
+std::vector<Line> splitLines(const std::string& content) {
+    std::vector<Line> lines;
+    size_t pos = 0;
+    while (pos < content.size()) {
+        const size_t nl = content.find('\n', pos);
+        if (nl == std::string::npos) {
+            lines.push_back({content.substr(pos), ""});
+            break;
+        }
+        Line line{content.substr(pos, nl - pos), "\n"};
+        if (!line.text.empty() && line.text.back() == '\r') {
+            line.text.pop_back();
+            line.end = "\r\n";
+        }
+        lines.push_back(std::move(line));
+        pos = nl + 1;
+    }
+    return lines;
+}
+
+bool readWholeFile(const std::string& path, std::string& content) {
+    std::ifstream in(path, std::ios::binary);
+    if (!in) {
+        return false;
+    }
+    std::ostringstream buffer;
+    buffer << in.rdbuf();
+    content = buffer.str();
+    return true;
+}
+
+// The section name of a "[name]" line, or nothing.
+bool sectionOf(const std::string& line, std::string& name) {
+    const std::string t = trimmed(line);
+    if (t.size() < 2 || t.front() != '[') {
+        return false;
+    }
+    const size_t close = t.find(']');
+    if (close == std::string::npos) {
+        return false;
+    }
+    name = trimmed(std::string_view(t).substr(1, close - 1));
+    return true;
+}
+
+bool keyMatches(const std::string& line, std::string_view key, std::string* value) {
+    const size_t eq = line.find('=');
+    if (eq == std::string::npos) {
+        return false;
+    }
+    if (!equalsIgnoreAsciiCase(trimmed(std::string_view(line).substr(0, eq)), trimmed(key))) {
+        return false;
+    }
+    if (value != nullptr) {
+        *value = trimmed(std::string_view(line).substr(eq + 1));
+    }
+    return true;
+}
+
+std::string temporaryNameBeside(const std::string& target) {
+    static std::mt19937 generator{std::random_device{}()};
+    std::uniform_int_distribution<int> letter('a', 'z');
+    std::string name = target + ".tmp-";
+    for (int i = 0; i < 6; ++i) {
+        name += static_cast<char>(letter(generator));
+    }
+    return name;
+}
+
+}  // namespace
+
+std::string readProfileString(const std::string& path, std::string_view section,
+                              std::string_view key, std::string_view defaultValue) {
+    std::string content;
+    if (!readWholeFile(path, content)) {
+        return std::string(defaultValue);
+    }
+    bool inSection = false;
+    for (const Line& line : splitLines(content)) {
+        std::string name;
+        if (sectionOf(line.text, name)) {
+            inSection = equalsIgnoreAsciiCase(name, trimmed(section));
+            continue;
+        }
+        std::string value;
+        if (inSection && keyMatches(line.text, key, &value)) {
+            const size_t nul = value.find('\0');
+            if (nul != std::string::npos) {
+                value.resize(nul);
+            }
+            return cutUtf8(trimmed(value), kProfileValueLimit);
+        }
+    }
+    return std::string(defaultValue);
+}
+
+void writeProfileString(const std::string& path, std::string_view section, std::string_view key,
+                        std::string_view value) {
+    std::string content;
+    readWholeFile(path, content);
+    std::vector<Line> lines = splitLines(content);
+    const std::string newLine = std::string(trimmed(key)) + "=" + std::string(value);
+
+    // The first line end of the file is kept for the lines we add.
+    std::string lineEnd = "\n";
+    for (const Line& line : lines) {
+        if (!line.end.empty()) {
+            lineEnd = line.end;
+            break;
+        }
+    }
+
+    int sectionStart = -1;
+    int sectionLast = -1;  // last non-empty line of the section
+    int keyLine = -1;
+    for (size_t i = 0; i < lines.size(); ++i) {
+        std::string name;
+        if (sectionOf(lines[i].text, name)) {
+            if (sectionStart >= 0) {
+                break;
+            }
+            if (equalsIgnoreAsciiCase(name, trimmed(section))) {
+                sectionStart = static_cast<int>(i);
+                sectionLast = static_cast<int>(i);
+            }
+            continue;
+        }
+        if (sectionStart < 0) {
+            continue;
+        }
+        if (!trimmed(lines[i].text).empty()) {
+            sectionLast = static_cast<int>(i);
+        }
+        if (keyMatches(lines[i].text, key, nullptr)) {
+            keyLine = static_cast<int>(i);
+            break;
+        }
+    }
+
+    if (keyLine >= 0) {
+        lines[keyLine].text = newLine;
+    } else if (sectionStart >= 0) {
+        if (lines[sectionLast].end.empty()) {
+            lines[sectionLast].end = lineEnd;
+        }
+        lines.insert(lines.begin() + sectionLast + 1, Line{newLine, lineEnd});
+    } else {
+        if (!lines.empty() && lines.back().end.empty()) {
+            lines.back().end = lineEnd;
+        }
+        lines.push_back(Line{"[" + std::string(trimmed(section)) + "]", lineEnd});
+        lines.push_back(Line{newLine, lineEnd});
+    }
+
+    std::string out;
+    for (const Line& line : lines) {
+        out += line.text;
+        out += line.end;
+    }
+    writeFileAtomically(path, out);
+}
+
+void writeFileAtomically(const std::string& target, std::string_view content) {
+    const std::string temporary = temporaryNameBeside(target);
+    mode_t mode = 0644;
+    struct stat info {};
+    if (::stat(target.c_str(), &info) == 0) {
+        // Renaming over a read-only file would succeed, even for root: honour the
+        // user's lock as a read-only attribute.
+        if (::access(target.c_str(), W_OK) != 0 || (info.st_mode & 0222) == 0) {
+            throw RuntimeError(kPermissionDenied);
+        }
+        mode = info.st_mode & 07777;
+    }
+    const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    if (fd < 0) {
+        // Creating a file fails with "no such entry" only when its folder is missing.
+        throw errno == ENOENT ? RuntimeError(kPathNotFound) : errorFromErrno(errno);
+    }
+    size_t written = 0;
+    while (written < content.size()) {
+        const ssize_t n = ::write(fd, content.data() + written, content.size() - written);
+        if (n < 0) {
+            if (errno == EINTR) {
+                continue;
+            }
+            const int err = errno;
+            ::close(fd);
+            ::unlink(temporary.c_str());
+            throw errorFromErrno(err);
+        }
+        written += static_cast<size_t>(n);
+    }
+    const int syncResult = ::fsync(fd);
+    const int syncError = errno;
+    if (::close(fd) != 0 || syncResult != 0) {
+        const int err = syncResult != 0 ? syncError : errno;
+        ::unlink(temporary.c_str());
+        throw errorFromErrno(err);
+    }
+    if (::rename(temporary.c_str(), target.c_str()) != 0) {
+        const int err = errno;
+        ::unlink(temporary.c_str());
+        throw errorFromErrno(err);
+    }
+}
+
+}  // namespace lumiquilt

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QImage>
+#include <string>
+
+#include "series/pixel_buffers.h"
+
+namespace lumiquilt {
+
+/// Decodes a picture file (BMP, JPEG, GIF, PNG, ...) into a form the pixel buffers
+/// take in one bulk transfer. Throws RuntimeError 53 when the file is missing,
+/// 481 when it exists but is no picture that can be read, 7 without memory.
+QImage loadPicture(const std::string& fileName);
+
+/// The engine's view of a decoded picture; the image must outlive the view.
+PictureView viewOf(const QImage& image);
+
+/// A picture of width by height made from the frame of a montage slot.
+QImage pictureFromFrame(const uint8_t* frame, int frameWidth, int frameHeight, int width,
+                        int height);
+
+/// Writes a picture as BMP, PNG or JPEG by the name's extension, through a
+/// temporary file beside the target. Throws RuntimeError on failure; the target
+/// stays as it was.
+void savePicture(const QImage& image, const std::string& fileName, int jpegQuality = 90);
+
+/// Raises the decoder's memory limit once, so that large photographs load.
+void configurePictureReading();
+
+}  // namespace lumiquilt

@@ -1,0 +1,152 @@
+#include "series/pixel_buffers.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "core/numbers.h"
+#include "core/runtime_error.h"
+
+namespace lumiquilt {
+
+namespace {
+
+void assignZeroed(std::vector<uint8_t>& buffer, std::size_t bytes) {
+    try {
+        buffer.assign(bytes, 0);
+    } catch (const std::bad_alloc&) {
+        buffer.clear();
+        buffer.shrink_to_fit();
+        throw RuntimeError(kOutOfMemory);
+    } catch (const std::length_error&) {
+        throw RuntimeError(kOutOfMemory);
+    }
+}
+
+}  // namespace
+
+int16_t paddedBound(int size) {
+    return checkedInt16(((static_cast<long long>(size) + 3) / 4) * 4 - 1);
+}
+
+uint8_t* PixelBuffers::seriesImage(int image) {
+    return seriesPixels.data() + static_cast<std::size_t>(image - 1) *
+                                     static_cast<std::size_t>(seriesMaxY + 1) * seriesRowBytes();
+}
+
+const uint8_t* PixelBuffers::seriesImage(int image) const {
+    return const_cast<PixelBuffers*>(this)->seriesImage(image);
+}
+
+uint8_t* PixelBuffers::montageSlot(int slot) {
+    return montagePixels.data() + static_cast<std::size_t>(slot - kFirstMontageSlot) *
+                                      static_cast<std::size_t>(montageMaxY + 1) * montageRowBytes();
+}
+
+const uint8_t* PixelBuffers::montageSlot(int slot) const {
+    return const_cast<PixelBuffers*>(this)->montageSlot(slot);
+}
+
+int PixelBuffers::sampleAt(int channel, int x, int y, int picture) const {
+    if (x < 0 || y < 0) {
+        return 0;
+    }
+    if (picture < kFirstMontageSlot) {
+        if (picture < 1 || x > seriesMaxX || y > seriesMaxY || picture > seriesMaxImage) {
+            return 0;
+        }
+        return seriesImage(picture)[static_cast<std::size_t>(y) * seriesRowBytes() +
+                                    static_cast<std::size_t>(x) * 3 + channel];
+    }
+    if (x > montageMaxX || y > montageMaxY || picture > montageMaxSlot) {
+        return 0;
+    }
+    return montageSlot(picture)[static_cast<std::size_t>(y) * montageRowBytes() +
+                                static_cast<std::size_t>(x) * 3 + channel];
+}
+
+void PixelBuffers::sizeSeries(int width, int height, int images) {
+    seriesMaxX = paddedBound(width);
+    seriesMaxY = paddedBound(height);
+    seriesMaxImage = checkedInt16(images);
+    assignZeroed(seriesPixels, seriesRowBytes() * static_cast<std::size_t>(seriesMaxY + 1) *
+                                   static_cast<std::size_t>(std::max(images, 0)));
+}
+
+void PixelBuffers::sizeMontage(int width, int height) {
+    montageMaxX = paddedBound(width);
+    montageMaxY = paddedBound(height);
+    montageMaxSlot = kLastMontageSlot;
+    assignZeroed(montagePixels,
+                 montageRowBytes() * static_cast<std::size_t>(montageMaxY + 1) *
+                     static_cast<std::size_t>(kLastMontageSlot - kFirstMontageSlot + 1));
+}
+
+void PixelBuffers::sizePreview(int width, int height) {
+    previewMaxX = paddedBound(width);
+    previewMaxY = paddedBound(height);
+    assignZeroed(previewPixels, 3u * static_cast<std::size_t>(previewMaxX + 1) *
+                                    static_cast<std::size_t>(previewMaxY + 1));
+}
+
+void readPictureIntoFrame(const PictureView& picture, uint8_t* frame, int frameWidth,
+                          int frameHeight) {
+    if (picture.bits == nullptr || picture.width <= 0 || picture.height <= 0) {
+        return;
+    }
+    const int columns = std::min(picture.width, frameWidth);
+    const int rows = std::min(picture.height, frameHeight);
+    const std::size_t frameRow = 3u * static_cast<std::size_t>(frameWidth);
+    for (int y = 0; y < rows; ++y) {
+        const uint8_t* src =
+            picture.bits + static_cast<std::ptrdiff_t>(picture.height - 1 - y) * picture.stride;
+        uint8_t* dst = frame + static_cast<std::size_t>(y) * frameRow;
+        switch (picture.format) {
+            case PixelFormat::bgr24:
+                std::memcpy(dst, src, 3u * static_cast<std::size_t>(columns));
+                break;
+            case PixelFormat::rgb24:
+                for (int x = 0; x < columns; ++x, src += 3, dst += 3) {
+                    dst[0] = src[2];
+                    dst[1] = src[1];
+                    dst[2] = src[0];
+                }
+                break;
+            case PixelFormat::bgrx32:
+                for (int x = 0; x < columns; ++x, src += 4, dst += 3) {
+                    dst[0] = src[0];
+                    dst[1] = src[1];
+                    dst[2] = src[2];
+                }
+                break;
+        }
+    }
+}
+
+void writeFrameToPicture(const uint8_t* frame, int frameWidth, int frameHeight, uint8_t* bits,
+                         std::ptrdiff_t stride, int width, int height) {
+    const int columns = std::min(width, frameWidth);
+    const std::size_t frameRow = 3u * static_cast<std::size_t>(frameWidth);
+    for (int r = 0; r < height; ++r) {
+        uint8_t* dst = bits + static_cast<std::ptrdiff_t>(r) * stride;
+        const int y = height - 1 - r;
+        if (y >= frameHeight || columns <= 0) {
+            std::memset(dst, 0, 3u * static_cast<std::size_t>(width));
+            continue;
+        }
+        std::memcpy(dst, frame + static_cast<std::size_t>(y) * frameRow,
+                    3u * static_cast<std::size_t>(columns));
+        if (columns < width) {
+            std::memset(dst + 3 * columns, 0, 3u * static_cast<std::size_t>(width - columns));
+        }
+    }
+}
+
+std::string dimensionMessage(int k, int width, int height, int width1, int height1) {
+    return "Image" + numberToText(static_cast<long long>(k)) + " has a different dimension (" +
+           std::to_string(width) + "," + std::to_string(height) + ") from Image 1 (" +
+           std::to_string(width1) + "," + std::to_string(height1) +
+           ").   All images must be the same size.";
+}
+
+}  // namespace lumiquilt

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace lumiquilt {
+
+/// Byte order of one pixel of a picture held outside the buffers.
+enum class PixelFormat {
+    bgr24,   ///< blue, green, red
+    rgb24,   ///< red, green, blue
+    bgrx32,  ///< blue, green, red, unused (a 32-bit 0xXXRRGGBB word on little-endian)
+};
+
+/// A decoded picture as a window or a file reader holds it: rows top-down.
+struct PictureView {
+    int width = 0;
+    int height = 0;
+    const uint8_t* bits = nullptr;  ///< first byte of the top row; null for a blank picture
+    std::ptrdiff_t stride = 0;      ///< bytes from one row to the next
+    PixelFormat format = PixelFormat::bgr24;
+};
+
+/// Bound of a padded axis: the size rounded up to a multiple of four, less one.
+int16_t paddedBound(int size);
+
+/// The three flat sample buffers of all pixel work. Samples are blue, green, red;
+/// x runs fastest, then y (bottom row first), then the picture. A picture of W by H
+/// fills x < W and y < H; the padding columns and rows are zero.
+struct PixelBuffers {
+    static constexpr int kFirstMontageSlot = 100;
+    static constexpr int kLastMontageSlot = 106;
+
+    std::vector<uint8_t> seriesPixels;
+    int16_t seriesMaxX = -1;
+    int16_t seriesMaxY = -1;
+    int16_t seriesMaxImage = 0;
+
+    std::vector<uint8_t> montagePixels;
+    int16_t montageMaxX = -1;
+    int16_t montageMaxY = -1;
+    int16_t montageMaxSlot = 0;
+
+    std::vector<uint8_t> previewPixels;
+    int16_t previewMaxX = -1;
+    int16_t previewMaxY = -1;
+
+    /// Bytes of one row of a series picture, of a montage picture.
+    std::size_t seriesRowBytes() const { return 3u * static_cast<std::size_t>(seriesMaxX + 1); }
+    std::size_t montageRowBytes() const { return 3u * static_cast<std::size_t>(montageMaxX + 1); }
+
+    /// First sample of image k (1-based) of seriesPixels, of a montage slot.
+    uint8_t* seriesImage(int image);
+    const uint8_t* seriesImage(int image) const;
+    uint8_t* montageSlot(int slot);
+    const uint8_t* montageSlot(int slot) const;
+
+    /// One sample of (x, y) of a picture: a series image below 100, a montage slot
+    /// from 100. A call beyond the upper bounds (or below 0) reads 0.
+    int blueAt(int x, int y, int picture) const { return sampleAt(0, x, y, picture); }
+    int greenAt(int x, int y, int picture) const { return sampleAt(1, x, y, picture); }
+    int redAt(int x, int y, int picture) const { return sampleAt(2, x, y, picture); }
+
+    /// Sizes seriesPixels anew, zero-filled. Throws RuntimeError 7 without memory.
+    void sizeSeries(int width, int height, int images);
+    /// Sizes montagePixels (slots 100 to 106) anew, zero-filled.
+    void sizeMontage(int width, int height);
+    /// Sizes previewPixels anew, zero-filled.
+    void sizePreview(int width, int height);
+
+  private:
+    int sampleAt(int channel, int x, int y, int picture) const;
+};
+
+/// Copies a picture into a buffer frame of frameWidth by frameHeight (padded)
+/// pixels, bottom-left corner at (0, 0), cut to the frame, a whole row at a time.
+/// Samples of the frame that the picture doesn't reach are left as they were.
+void readPictureIntoFrame(const PictureView& picture, uint8_t* frame, int frameWidth,
+                          int frameHeight);
+
+/// Writes the part of a frame that a picture of width by height covers into
+/// top-down 24-bit blue-green-red rows: the reverse of readPictureIntoFrame.
+void writeFrameToPicture(const uint8_t* frame, int frameWidth, int frameHeight, uint8_t* bits,
+                         std::ptrdiff_t stride, int width, int height);
+
+/// The dimension message of image k against image 1.
+std::string dimensionMessage(int k, int width, int height, int width1, int height1);
+inline constexpr const char* kDimensionTitle = "You can edit each picture to the same size";
+
+}  // namespace lumiquilt

@@ -1,0 +1,164 @@
+#include "core/startup.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "support/ui_fixture.h"
+
+namespace lumiquilt {
+namespace {
+
+using testing::UiTest;
+
+using StartupTest = UiTest;
+
+TEST_F(StartupTest, NoCommandLineAndNoSettingsFile) {
+    start();
+    EXPECT_EQ(form().textFileName->text().toStdString(), kDesignFileName);
+    EXPECT_EQ(form().TextIncrement->text(), "0");
+    EXPECT_TRUE(form().m.mnusimpleCol[0]->isChecked());
+    EXPECT_TRUE(form().m.mnuActivateOffsetsSame->isChecked());
+    EXPECT_EQ(state.markGrabX, -999);
+    form().activateFirstTime();
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(visiblePictureWindows(), 0);
+    EXPECT_EQ(state.firstLoadAfterStart, kFalse);
+    EXPECT_EQ(state.loadOnActivate, kFalse);
+    EXPECT_FALSE(std::filesystem::exists(dir.path("Lumiquilt.ini")));
+}
+
+TEST_F(StartupTest, FileAndIncrementFromTheCommandLine) {
+    // .png is handed to the desktop; the program takes .jpg, .bmp and .gif.
+    testing::savePictureFile(testing::patternPicture(40, 30, 1), dir.path("shot1.jpg"));
+    testing::savePictureFile(testing::patternPicture(40, 30, 2), dir.path("shot2.jpg"));
+    start({dir.path("shot1.jpg"), "-i20"});
+    ASSERT_TRUE(window);
+    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("shot1.jpg"));
+    EXPECT_EQ(form().TextIncrement->text(), "20");
+    form().activateFirstTime();
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(state.imageCount, 2);
+    EXPECT_EQ(visiblePictureWindows(), 2);
+    EXPECT_EQ(form().pictureWindow(2)->Caption().toStdString(),
+              "Image 2 -- " + dir.path("shot2.jpg"));
+    // The cascade: 20 pixels apart.
+    EXPECT_EQ(form().pictureWindow(2)->x() - form().pictureWindow(1)->x(), 20);
+    EXPECT_EQ(form().pictureWindow(1)->size(), QSize(40, 30));
+}
+
+TEST_F(StartupTest, IncrementSwitchAloneLeavesTheFileToTheSettings) {
+    testing::writeBytes(dir.path("Lumiquilt.ini"),
+                        "[preferences]\nfilename=  /some/where/x1.bmp  \nIncrement=35\n");
+    start({"-i30"});
+    EXPECT_EQ(form().textFileName->text(), "/some/where/x1.bmp");
+    EXPECT_EQ(form().TextIncrement->text(), "30");
+}
+
+TEST_F(StartupTest, MissingCommandLineFileIsReportedAndItsSwitchesLost) {
+    testing::writeBytes(dir.path("Lumiquilt.ini"), "[preferences]\nIncrement= 25 \n");
+    start({"/no/such/scene1.jpg", "-i20"});
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text,
+              "I am sorry, but I cannot find the file that is on the Shortcut or Command Line "
+              "used to call this  'Lumiquilt'  program.");
+    EXPECT_EQ(lastMessage().title, "The command line was /no/such/scene1.jpg");
+    EXPECT_EQ(lastMessage().icon, MessageIcon::exclamation);
+    EXPECT_EQ(form().TextIncrement->text(), "25");
+    EXPECT_TRUE(state.commandLine.empty());
+}
+
+TEST_F(StartupTest, QuotedNameWithASwitchBehindKeepsItsQuotes) {
+    testing::savePictureFile(testing::patternPicture(8, 8, 1), dir.path("a b1.jpg"));
+    start({"\"" + dir.path("a b1.jpg") + "\"", "-i5"});
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().title, "The command line was \"" + dir.path("a b1.jpg") + "\"");
+}
+
+TEST_F(StartupTest, OtherFilesAreHandedToTheDesktop) {
+    for (const char* name : {"project.mon", "photo1.jpeg", "photo1.png"}) {
+        testing::writeBytes(dir.path(name), "x");
+        ui.opened.clear();
+        start({dir.path(name)});
+        EXPECT_TRUE(handedToDesktop) << name;
+        EXPECT_FALSE(window) << name;
+        ASSERT_EQ(ui.opened.size(), 1u);
+        EXPECT_EQ(ui.opened[0], dir.path(name));
+    }
+}
+
+TEST_F(StartupTest, SettingsAreReadIntoTheirPlaces) {
+    testing::writeBytes(dir.path("Lumiquilt.ini"),
+                        "[preferences]\nMontage method=3\nautoSmooth=1\nedgeFactor=29\n"
+                        "focusFactor=10\ndiffFactor=100\nedgefactor2=4\nrightmouse=7\n"
+                        "Originating image=1\nrecent file 0=/a/one1.jpg\nrecent file 1=0\n"
+                        "recent file 2=/a/three1.jpg\nTarget color=255\n");
+    start();
+    EXPECT_TRUE(form().m.mnusimpleCol[3]->isChecked());
+    EXPECT_FALSE(form().m.mnusimpleCol[0]->isChecked());
+    EXPECT_EQ(state.autoSmooth, 1);
+    EXPECT_FLOAT_EQ(state.edgeFactor, 0.29f);
+    EXPECT_FLOAT_EQ(state.focusFactor, 0.1f);
+    EXPECT_EQ(state.diffFactor, 100);
+    EXPECT_FLOAT_EQ(state.edgefactor2, 0.4f);
+    EXPECT_EQ(state.rightMouseEnabled, 1);
+    EXPECT_EQ(state.showUsedWindow, 1);
+    EXPECT_EQ(form().m.mnuRecentFile[0]->text(), "/a/one1.jpg");
+    EXPECT_FALSE(form().m.mnuRecentFile[1]->isVisible());
+    EXPECT_EQ(form().m.mnuRecentFile[2]->text(), "/a/three1.jpg");
+    EXPECT_EQ(form().targetColor(), 255u);
+}
+
+TEST_F(StartupTest, DamagedSettingsFileStartsOnDefaults) {
+    testing::writeBytes(dir.path("Lumiquilt.ini"),
+                        std::string("\x01garbage\n[preferences\n[preferences]\nMontage method=9\n"
+                                    "Increment=1") +
+                            std::string(1, '\0') + "7\nautoSmooth=99999999\n\xff\xfe\n" +
+                            "filename=" + std::string(400, 'z') + "\n");
+    start();
+    EXPECT_TRUE(form().m.mnusimpleCol[0]->isChecked());  // 9 has no entry
+    EXPECT_EQ(form().TextIncrement->text(), "1");
+    EXPECT_EQ(form().textFileName->text().size(), 254);
+}
+
+TEST_F(StartupTest, LoadImagesKeyRunsAnEarlySilentLoad) {
+    testing::writeBytes(dir.path("Lumiquilt.ini"),
+                        "[preferences]\nLoad images=1\nfilename=/no/such/place1.jpg\n");
+    start();
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(state.firstLoadAfterStart, kFalse);
+    // The first activation now reports the missing file.
+    form().activateFirstTime();
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text, "So very sorry, but I can't find that file.");
+    EXPECT_EQ(lastMessage().title, "roll the dice again");
+    EXPECT_EQ(lastMessage().icon, MessageIcon::exclamation);
+}
+
+TEST_F(StartupTest, ResolutionSwitchScalesTheWindows) {
+    start({"-resolution800x600"});
+    EXPECT_DOUBLE_EQ(state.scaleX, 800.0 / 1024 * state.twipsPerPixel / 15);
+    EXPECT_DOUBLE_EQ(state.scaleY, 600.0 / 768 * state.twipsPerPixel / 15);
+}
+
+TEST_F(StartupTest, ClosingTheMainWindowEndsTheProgram) {
+    start();
+    form().close();
+    EXPECT_TRUE(ended);
+}
+
+TEST_F(StartupTest, TheHooksRunAtTheirSteps) {
+    int splash = 0;
+    int shortcut = 0;
+    hooks.showSplash = [&] { ++splash; };
+    hooks.makeDesktopShortcut = [&] { ++shortcut; };
+    start();
+    EXPECT_EQ(splash, 1);
+    EXPECT_EQ(shortcut, 0);
+    testing::writeBytes(dir.path("Lumiquilt.ini"), "[preferences]\nshortcut=1\n");
+    start();
+    EXPECT_EQ(shortcut, 1);
+}
+
+}  // namespace
+}  // namespace lumiquilt

@@ -1,0 +1,190 @@
+#include <gtest/gtest.h>
+#include <QTimer>
+
+#include <filesystem>
+#include <sstream>
+
+#include "cli/cli_app.h"
+#include "support/ui_fixture.h"
+
+namespace lumiquilt {
+namespace {
+
+using testing::UiTest;
+
+class CreateImageTest : public UiTest {
+  protected:
+    void SetUp() override {
+        UiTest::SetUp();
+        start();
+        form().activateFirstTime();
+    }
+    void create(const std::string& first, const std::string& increment = "10") {
+        setFileName(first);
+        setIncrement(increment);
+        form().CommandGo_Click();
+    }
+    QImage montage() { return form().montageWindow()->PictureFile->picture(); }
+};
+
+TEST_F(CreateImageTest, MakesTheMontageAndItsReport) {
+    makeSeries("s", 3);
+    form().m.mnusimpleCol[2]->trigger();
+    create("s1.png", "10");
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_EQ(state.imageCount, 3);
+    EXPECT_EQ(state.increment, 10);
+    EXPECT_TRUE(form().montageWindow()->isVisible());
+    EXPECT_EQ(montage().size(), QSize(40, 30));
+    EXPECT_EQ(form().montageWindow()->Caption(), "Montage in focus image from s1.png");
+    // The field returns to what the user typed; the settings get the completed name.
+    EXPECT_EQ(form().textFileName->text(), "s1.png");
+    EXPECT_EQ(settings->readKey("filename"), dir.path("s1.png"));
+    EXPECT_EQ(form().recentFiles().at(0), "s1.png");
+    EXPECT_NE(
+        state.propertiesString.find("  Montage method used =2 (Average Color Difference)\r\n"),
+        std::string::npos);
+    EXPECT_NE(state.propertiesString.find("  First file name =s1.png\r\n"), std::string::npos);
+    // The Window menu lists the montage and the three pictures.
+    EXPECT_TRUE(form().m.mnuWindow2[0]->isVisible());
+    EXPECT_EQ(form().m.mnuWindow2[0]->text(), "Montage in focus image from s1.png");
+    EXPECT_TRUE(form().m.mnuWindow[3]->isVisible());
+    EXPECT_FALSE(form().runInProgress());
+    EXPECT_TRUE(form().CommandGo->isEnabled());
+}
+
+TEST_F(CreateImageTest, WindowProgramAndCliMakeTheSameMontage) {
+    makeSeries("s", 4, 53, 37);
+    for (int method = 0; method < 7; ++method) {
+        form().m.mnusimpleCol[static_cast<size_t>(method)]->trigger();
+        create(dir.path("s1.png"), "7");
+        ASSERT_TRUE(ui.messages.empty());
+        std::ostringstream out;
+        std::ostringstream err;
+        const std::string outFile = dir.path("cli" + std::to_string(method) + ".png");
+        ASSERT_EQ(runCli({"montage", dir.path("s1.png"), "-i", "7", "-m", std::to_string(method),
+                          "-o", outFile, "--report", "-"},
+                         "/", out, err),
+                  0)
+            << err.str();
+        const QImage fromCli(QString::fromStdString(outFile));
+        EXPECT_EQ(fromCli.convertToFormat(QImage::Format_RGB888),
+                  montage().convertToFormat(QImage::Format_RGB888))
+            << "method " << method;
+        EXPECT_EQ(out.str(), state.propertiesString) << "method " << method;
+    }
+}
+
+TEST_F(CreateImageTest, IncrementTexts) {
+    makeSeries("s", 2);
+    const std::pair<const char*, const char*> rows[] = {
+        {"abc", "10"}, {"", "10"}, {"0", "1"}, {"-3", "1"}, {"0.4", "1"}, {"2.5", "2.5"},
+    };
+    for (const auto& [text, field] : rows) {
+        create(dir.path("s1.png"), text);
+        EXPECT_EQ(form().TextIncrement->text().toStdString(), field) << text;
+    }
+    create(dir.path("s1.png"), "2.5");
+    EXPECT_EQ(state.increment, 2);
+    create(dir.path("s1.png"), "3.5");
+    EXPECT_EQ(state.increment, 4);
+    EXPECT_TRUE(ui.messages.empty());
+
+    create(dir.path("s1.png"), "99999");
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text, "error 6 (Overflow) at line 1000 of CommandGo");
+    EXPECT_EQ(lastMessage().title, "Nobody's Perfect");
+    EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
+TEST_F(CreateImageTest, NameWithoutADigitKeepsTheCompletedName) {
+    testing::savePictureFile(testing::patternPicture(8, 8, 1), dir.path("plain.png"));
+    create("plain.png");
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text,
+              "You must have a number as the last letter in the file name,  eg "
+              "c:\\thisdirectory\\myfile1.bmp, or c:\\myotherfile6");
+    EXPECT_EQ(lastMessage().title, "Rename the file and try again");
+    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("plain.png"));
+    EXPECT_TRUE(form().recentFiles().at(0).empty());
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
+TEST_F(CreateImageTest, MissingFileEmptiesItsRecentEntry) {
+    form().addRecentFile(dir.path("gone1.png"));
+    create(dir.path("gone1.png"));
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text, "So very sorry, but I can't find that file.");
+    EXPECT_TRUE(form().recentFiles().at(0).empty());
+    EXPECT_EQ(settings->readKey("filename"), "0");
+}
+
+TEST_F(CreateImageTest, InvalidPictureStopsTheRun) {
+    makeSeries("s", 4);
+    testing::writeBytes(dir.path("s3.png"), "this is not a picture");
+    create("s1.png");
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text, "This is not a valid picture file that I can read.");
+    EXPECT_EQ(lastMessage().title, "Try a different format");
+    EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
+    EXPECT_EQ(state.imageCount, 2);
+    EXPECT_EQ(visiblePictureWindows(), 0);  // loaded, but not arranged
+    EXPECT_FALSE(form().montageWindow()->isVisible());
+    EXPECT_EQ(form().textFileName->text(), "s1.png");
+}
+
+TEST_F(CreateImageTest, ImageOfAnotherSizeIsReportedAndCut) {
+    testing::savePictureFile(testing::patternPicture(40, 30, 1), dir.path("d1.png"));
+    testing::savePictureFile(testing::patternPicture(64, 48, 2), dir.path("d2.png"));
+    create(dir.path("d1.png"));
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(
+        lastMessage().text,
+        "Image 2 has a different dimension (64,48) from Image 1 (40,30).   All images must be "
+        "the same size.");
+    EXPECT_EQ(lastMessage().title, "You can edit each picture to the same size");
+    EXPECT_EQ(montage().size(), QSize(40, 30));
+    // Ignoring the image silences the message.
+    form().m.mnuignoreImage[1]->trigger();
+    create(dir.path("d1.png"));
+    EXPECT_EQ(ui.messages.size(), 1u);
+}
+
+TEST_F(CreateImageTest, OneImageAloneGivesThePicture) {
+    const QImage picture = testing::patternPicture(41, 29, 5);
+    testing::savePictureFile(picture, dir.path("one1.png"));
+    create(dir.path("one1.png"), "6");
+    EXPECT_EQ(montage().convertToFormat(QImage::Format_RGB888), picture);
+}
+
+TEST_F(CreateImageTest, ASecondRunIsRefusedWhileOneIsUnderWay) {
+    makeSeries("s", 3);
+    bool sawDisabled = false;
+    int countDuringRun = -1;
+    QTimer::singleShot(0, &form(), [&] {
+        sawDisabled = !form().CommandGo->isEnabled() && !form().m.mnuLoad->isEnabled() &&
+                      form().textFileName->isReadOnly();
+        form().CommandGo_Click();  // must not start a second run
+        form().mnuLoad_Click();
+        countDuringRun = state.imageCount;
+    });
+    create(dir.path("s1.png"));
+    EXPECT_TRUE(sawDisabled);
+    EXPECT_GE(countDuringRun, 1);
+    EXPECT_EQ(state.imageCount, 3);
+    EXPECT_TRUE(form().CommandGo->isEnabled());
+}
+
+TEST_F(CreateImageTest, ReadOnlySettingsFileLosesNothing) {
+    makeSeries("s", 2);
+    testing::writeBytes(dir.path("Lumiquilt.ini"), "[preferences]\nfilename=/old1.jpg\n");
+    std::filesystem::permissions(dir.path("Lumiquilt.ini"), std::filesystem::perms::owner_read);
+    create(dir.path("s1.png"));
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_TRUE(form().montageWindow()->isVisible());
+    EXPECT_EQ(testing::readBytes(dir.path("Lumiquilt.ini")), "[preferences]\nfilename=/old1.jpg\n");
+}
+
+}  // namespace
+}  // namespace lumiquilt

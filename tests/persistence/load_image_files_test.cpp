@@ -1,0 +1,178 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "support/ui_fixture.h"
+
+namespace lumiquilt {
+namespace {
+
+using testing::UiTest;
+
+class LoadImageFilesTest : public UiTest {
+  protected:
+    void SetUp() override {
+        UiTest::SetUp();
+        start();
+        form().activateFirstTime();  // the silent first load is behind us
+    }
+    void load(const std::string& first) {
+        setFileName(first);
+        form().mnuLoad_Click();
+    }
+    int visibleIgnoreEntries() {
+        int n = 0;
+        for (QAction* entry : form().m.mnuignoreImage) {
+            n += entry->isVisible();
+        }
+        return n;
+    }
+};
+
+TEST_F(LoadImageFilesTest, LoadsAndShowsTheSeries) {
+    makeSeries("s", 4);
+    load(dir.path("s1.png"));
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(state.imageCount, 4);
+    EXPECT_EQ(visiblePictureWindows(), 4);
+    EXPECT_EQ(visibleIgnoreEntries(), 4);
+    EXPECT_FLOAT_EQ(state.imageWidth, 40);
+    EXPECT_FLOAT_EQ(state.imageHeight, 30);
+    // Load keeps the completed name and adds nothing to the recent list.
+    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("s1.png"));
+    EXPECT_TRUE(form().recentFiles().at(0).empty());
+    // The Window menu lists the four pictures.
+    EXPECT_EQ(form().m.mnuWindow[4]->text().toStdString(), "Image 4 -- " + dir.path("s4.png"));
+    EXPECT_TRUE(form().m.mnuWindow[4]->isVisible());
+    EXPECT_FALSE(form().m.mnuWindow[5]->isVisible());
+}
+
+TEST_F(LoadImageFilesTest, IgnoreChecksSurviveALoadAndGoWithANewName) {
+    makeSeries("s", 4);
+    makeSeries("t", 2);
+    load(dir.path("s1.png"));
+    form().m.mnuignoreImage[2]->trigger();
+    EXPECT_TRUE(form().m.mnuignoreImage[2]->isChecked());
+    form().mnuLoad_Click();  // same name: the check stays
+    EXPECT_TRUE(form().m.mnuignoreImage[2]->isChecked());
+    // A series of two hides the entries of images 3 and 4 and their windows.
+    load(dir.path("t1.png"));
+    EXPECT_FALSE(form().m.mnuignoreImage[2]->isChecked());
+    EXPECT_EQ(visibleIgnoreEntries(), 2);
+    EXPECT_EQ(visiblePictureWindows(), 2);
+}
+
+TEST_F(LoadImageFilesTest, NameWithoutADigitBeforeTheDot) {
+    testing::savePictureFile(testing::patternPicture(8, 8, 1), dir.path("plain.png"));
+    load(dir.path("plain.png"));
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text,
+              "You must have a number as the last letter in the file name,  eg c:\\myfile1.bmp, or "
+              "c:\\myotherfile6");
+    EXPECT_EQ(lastMessage().title, "Rename the file and try again");
+    EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
+    EXPECT_EQ(state.imageCount, 0);
+}
+
+TEST_F(LoadImageFilesTest, BareNameIsLookedForInTheProgramsFolderWithBmp) {
+    testing::savePictureFile(testing::patternPicture(8, 8, 1), dir.path("pic1.bmp"));
+    load("pic1");
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("pic1.bmp"));
+    EXPECT_EQ(state.imageCount, 1);
+}
+
+TEST_F(LoadImageFilesTest, VanishedRecentFileIsEmptiedInPlace) {
+    makeSeries("a", 1);
+    makeSeries("b", 1);
+    form().addRecentFile(dir.path("a1.png"));
+    form().addRecentFile(dir.path("b1.png"));
+    std::filesystem::remove(dir.path("a1.png"));
+    form().mnuRecentFile_Click(1);
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text, "So very sorry, but I can't find that file.");
+    EXPECT_TRUE(form().recentFiles().at(1).empty());
+    EXPECT_EQ(form().recentFiles().at(0), dir.path("b1.png"));
+    EXPECT_EQ(settings->readKey("recent file 1"), "");
+    EXPECT_FALSE(form().m.mnuRecentFile[1]->isVisible());
+}
+
+TEST_F(LoadImageFilesTest, RecentEntryLoadsAndMovesToTheHead) {
+    makeSeries("a", 2);
+    makeSeries("b", 1);
+    form().addRecentFile(dir.path("a1.png"));
+    form().addRecentFile(dir.path("b1.png"));
+    form().mnuRecentFile_Click(1);
+    EXPECT_EQ(state.imageCount, 2);
+    EXPECT_EQ(form().recentFiles().at(0), dir.path("a1.png"));
+    EXPECT_EQ(form().recentFiles().at(1), dir.path("b1.png"));
+}
+
+TEST_F(LoadImageFilesTest, FirstFileThatIsNoPictureLoadsNothingSilently) {
+    testing::writeBytes(dir.path("x1.png"), "not a picture");
+    load(dir.path("x1.png"));
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(state.imageCount, 0);
+    EXPECT_EQ(visiblePictureWindows(), 0);
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
+TEST_F(LoadImageFilesTest, CorruptMemberEndsTheSeriesSilently) {
+    makeSeries("c", 4);
+    testing::writeBytes(dir.path("c3.png"), "corrupt");
+    load(dir.path("c1.png"));
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(state.imageCount, 2);
+}
+
+TEST_F(LoadImageFilesTest, MoreThanThirtyFilesTellsOnceAndShowsNothing) {
+    makeSeries("m", 32, 4, 4);
+    load(dir.path("m1.png"));
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text,
+              "I can only cope with  30 pictures, so I will use the first ones.");
+    EXPECT_EQ(lastMessage().title, "No wuckas mate");
+    EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
+    EXPECT_EQ(state.imageCount, 30);
+    EXPECT_EQ(visiblePictureWindows(), 0);
+}
+
+TEST_F(LoadImageFilesTest, FirstNumberTooLargeIsRefused) {
+    testing::savePictureFile(testing::patternPicture(4, 4, 1), dir.path("n40000.png"));
+    load(dir.path("n40000.png"));
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().title, "Rename the file and try again");
+    EXPECT_EQ(state.imageCount, 0);
+}
+
+TEST_F(LoadImageFilesTest, BrowseCancelChangesNothingAndAnAnswerLoads) {
+    makeSeries("s", 2);
+    setFileName("/keep/me1.jpg");
+    form().CommandBrowse_Click();
+    ASSERT_EQ(ui.fileRequests.size(), 1u);
+    EXPECT_EQ(ui.fileRequests[0].filter,
+              "Picture files  (*.bmp;*.jpg;*.gif)|*.bmp;*.jpg;*.gif|All files  (*.*)|*.*|");
+    EXPECT_EQ(ui.fileRequests[0].fileName, "/keep/me1.jpg");
+    EXPECT_EQ(form().textFileName->text(), "/keep/me1.jpg");
+    EXPECT_EQ(state.imageCount, 0);
+
+    ui.fileAnswers.push_back(dir.path("s1.png"));
+    form().m.mnuOpen->trigger();
+    EXPECT_EQ(state.imageCount, 2);
+}
+
+TEST_F(LoadImageFilesTest, ClosingAPictureWindowTakesItsEntryOut) {
+    makeSeries("s", 3);
+    load(dir.path("s1.png"));
+    form().pictureWindow(2)->mnuClose->trigger();
+    EXPECT_FALSE(form().pictureWindow(2)->isVisible());
+    EXPECT_EQ(form().m.mnuWindow[2]->text().toStdString(), "Image 3 -- " + dir.path("s3.png"));
+    EXPECT_FALSE(form().m.mnuWindow[3]->isVisible());
+    // An entry that names no window does nothing.
+    form().m.mnuWindow[5]->setText("Image 9 -- nowhere");
+    form().mnuWindow_Click(5);
+    EXPECT_EQ(visiblePictureWindows(), 2);
+}
+
+}  // namespace
+}  // namespace lumiquilt

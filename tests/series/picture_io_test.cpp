@@ -1,0 +1,109 @@
+#include "series/picture_io.h"
+
+#include <sys/stat.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include "core/runtime_error.h"
+#include "support/test_pictures.h"
+
+namespace lumiquilt {
+namespace {
+
+using testing::TestFolder;
+
+int errorOf(const std::string& fileName) {
+    try {
+        loadPicture(fileName);
+        return 0;
+    } catch (const RuntimeError& e) {
+        return e.number();
+    }
+}
+
+TEST(LoadPicture, ReadsTheCommonFormatsIntoBufferLayouts) {
+    TestFolder dir;
+    const QImage picture = testing::patternPicture(13, 7, 1);
+    for (const char* name : {"a1.bmp", "a1.png"}) {
+        testing::savePictureFile(picture, dir.path(name));
+        const QImage loaded = loadPicture(dir.path(name));
+        ASSERT_EQ(loaded.size(), QSize(13, 7)) << name;
+        EXPECT_NE(viewOf(loaded).bits, nullptr);
+        EXPECT_EQ(loaded.pixel(5, 3), picture.pixel(5, 3)) << name;
+    }
+    testing::savePictureFile(picture, dir.path("a1.jpg"));
+    EXPECT_EQ(loadPicture(dir.path("a1.jpg")).size(), QSize(13, 7));
+    // A one-pixel GIF whose only colour is red; its palette format is widened.
+    const unsigned char gif[] = {0x47, 0x49, 0x46, 0x38, 0x39, 0x61, 0x01, 0x00, 0x01,
+                                 0x00, 0x80, 0x00, 0x00, 0xFF, 0x00, 0x00, 0x00, 0x00,
+                                 0x00, 0x2C, 0x00, 0x00, 0x00, 0x00, 0x01, 0x00, 0x01,
+                                 0x00, 0x00, 0x02, 0x02, 0x44, 0x01, 0x00, 0x3B};
+    testing::writeBytes(dir.path("red1.gif"),
+                        std::string(reinterpret_cast<const char*>(gif), sizeof gif));
+    const QImage red = loadPicture(dir.path("red1.gif"));
+    ASSERT_EQ(red.size(), QSize(1, 1));
+    EXPECT_EQ(viewOf(red).format, PixelFormat::bgrx32);
+    EXPECT_EQ(QColor(red.pixel(0, 0)), QColor(255, 0, 0));
+}
+
+TEST(LoadPicture, HostileFilesGiveTheirErrorNumbers) {
+    TestFolder dir;
+    std::filesystem::create_directories(dir.path("folder1.jpg"));
+    testing::writeBytes(dir.path("text1.jpg"), "this is no picture at all");
+    testing::writeBytes(dir.path("empty1.bmp"), "");
+    // A BMP header that promises a picture of absurd size.
+    std::string absurd = "BM";
+    absurd += std::string(8, '\0') + std::string("\x36\0\0\0", 4) + std::string("\x28\0\0\0", 4);
+    absurd += std::string("\xff\xff\xff\x7f", 4) + std::string("\xff\xff\xff\x7f", 4);
+    absurd += std::string("\x01\0\x18\0", 4) + std::string(24, '\0');
+    testing::writeBytes(dir.path("absurd1.bmp"), absurd);
+    EXPECT_EQ(errorOf(dir.path("missing1.jpg")), 53);
+    EXPECT_EQ(errorOf(dir.path("folder1.jpg")), 53);
+    EXPECT_EQ(errorOf(dir.path("text1.jpg")), 481);
+    EXPECT_EQ(errorOf(dir.path("empty1.bmp")), 481);
+    EXPECT_EQ(errorOf(dir.path("absurd1.bmp")), 481);
+    EXPECT_EQ(errorOf(dir.path(std::string(300, 'n') + "1.jpg")), 53);
+}
+
+TEST(LoadPicture, TruncatedJpegNeverCrashes) {
+    TestFolder dir;
+    testing::savePictureFile(testing::patternPicture(64, 48, 2), dir.path("full1.jpg"));
+    const std::string bytes = testing::readBytes(dir.path("full1.jpg"));
+    testing::writeBytes(dir.path("cut1.jpg"), bytes.substr(0, bytes.size() / 2));
+    // Either the decoder gives what it has, or it is no picture: both are fine.
+    const int error = errorOf(dir.path("cut1.jpg"));
+    EXPECT_TRUE(error == 0 || error == 481) << error;
+}
+
+TEST(SavePicture, WritesAndReplacesWholeFilesOnly) {
+    TestFolder dir;
+    const QImage picture = testing::patternPicture(9, 5, 3);
+    for (const char* name : {"out.bmp", "out.png", "out.jpg", "out.jpeg"}) {
+        savePicture(picture, dir.path(name));
+        EXPECT_EQ(QImage(QString::fromStdString(dir.path(name))).size(), QSize(9, 5)) << name;
+    }
+    EXPECT_EQ(QImage(QString::fromStdString(dir.path("out.bmp"))).pixel(4, 2), picture.pixel(4, 2));
+
+    try {
+        savePicture(picture, dir.path("no-folder/out.bmp"));
+        FAIL();
+    } catch (const RuntimeError& e) {
+        EXPECT_EQ(e.number(), 76);
+    }
+    EXPECT_THROW(savePicture(picture, dir.path("out.tif")), RuntimeError);
+}
+
+TEST(PictureFromFrame, IsTheReverseOfTheBufferTransfer) {
+    const QImage picture = testing::patternPicture(6, 3, 4).convertToFormat(QImage::Format_BGR888);
+    PixelBuffers b;
+    b.sizeMontage(6, 3);
+    readPictureIntoFrame(viewOf(picture), b.montageSlot(100), b.montageMaxX + 1, b.montageMaxY + 1);
+    const QImage back =
+        pictureFromFrame(b.montageSlot(100), b.montageMaxX + 1, b.montageMaxY + 1, 6, 3);
+    EXPECT_EQ(back, picture);
+}
+
+}  // namespace
+}  // namespace lumiquilt

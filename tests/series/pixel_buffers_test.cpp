@@ -1,0 +1,125 @@
+#include "series/pixel_buffers.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace lumiquilt {
+namespace {
+
+// A top-down BGR picture whose pixel (x, row) is (x, row, 7) in blue, green, red.
+struct Picture {
+    int width, height;
+    std::vector<uint8_t> bits;
+    Picture(int w, int h) : width(w), height(h), bits(static_cast<size_t>(w * h * 3)) {
+        for (int r = 0; r < h; ++r) {
+            for (int x = 0; x < w; ++x) {
+                uint8_t* p = &bits[static_cast<size_t>((r * w + x) * 3)];
+                p[0] = static_cast<uint8_t>(x);
+                p[1] = static_cast<uint8_t>(r);
+                p[2] = 7;
+            }
+        }
+    }
+    PictureView view() const { return {width, height, bits.data(), width * 3, PixelFormat::bgr24}; }
+};
+
+TEST(PaddedBound, RoundsUpToAMultipleOfFour) {
+    EXPECT_EQ(paddedBound(641), 643);
+    EXPECT_EQ(paddedBound(481), 483);
+    EXPECT_EQ(paddedBound(640), 639);
+    EXPECT_EQ(paddedBound(1), 3);
+}
+
+TEST(PixelBuffers, PictureSixFortyOneByFourEightyOne) {
+    PixelBuffers b;
+    b.sizeSeries(641, 481, 2);
+    EXPECT_EQ(b.seriesMaxX, 643);
+    EXPECT_EQ(b.seriesMaxY, 483);
+    EXPECT_EQ(b.seriesRowBytes(), 1932u);
+    EXPECT_EQ(b.seriesPixels.size(), 1932u * 484 * 2);
+}
+
+TEST(PixelBuffers, BottomRowFirstAndPaddingZero) {
+    const Picture pic(5, 3);
+    PixelBuffers b;
+    b.sizeSeries(5, 3, 1);
+    readPictureIntoFrame(pic.view(), b.seriesImage(1), b.seriesMaxX + 1, b.seriesMaxY + 1);
+    // Buffer row 0 is the picture's bottom row (row 2 from the top).
+    EXPECT_EQ(b.greenAt(0, 0, 1), 2);
+    EXPECT_EQ(b.greenAt(4, 2, 1), 0);
+    EXPECT_EQ(b.blueAt(4, 2, 1), 4);
+    EXPECT_EQ(b.redAt(3, 1, 1), 7);
+    // Padding columns and rows within the bound read as zero.
+    EXPECT_EQ(b.redAt(5, 0, 1), 0);
+    EXPECT_EQ(b.redAt(7, 3, 1), 0);
+}
+
+TEST(PixelBuffers, ReadersOutsideTheBoundsGiveZero) {
+    const Picture pic(4, 4);
+    PixelBuffers b;
+    b.sizeSeries(4, 4, 1);
+    b.sizeMontage(4, 4);
+    readPictureIntoFrame(pic.view(), b.seriesImage(1), 4, 4);
+    readPictureIntoFrame(pic.view(), b.montageSlot(100), 4, 4);
+    EXPECT_EQ(b.redAt(3, 3, 1), 7);
+    EXPECT_EQ(b.redAt(b.seriesMaxX + 1, 0, 1), 0);
+    EXPECT_EQ(b.redAt(0, b.seriesMaxY + 1, 1), 0);
+    EXPECT_EQ(b.redAt(0, 0, 2), 0);  // beyond seriesMaxImage
+    EXPECT_EQ(b.redAt(3, 3, 100), 7);
+    EXPECT_EQ(b.redAt(0, b.montageMaxY + 1, 100), 0);
+    EXPECT_EQ(b.redAt(0, 0, 107), 0);
+    EXPECT_EQ(b.redAt(-1, 0, 100), 0);
+    EXPECT_EQ(b.redAt(0, 0, 106), 0);  // slots 101 to 106 start blank
+}
+
+TEST(PixelBuffers, ReadAndWriteBackIsUnchanged) {
+    const Picture pic(7, 5);
+    PixelBuffers b;
+    b.sizeMontage(7, 5);
+    readPictureIntoFrame(pic.view(), b.montageSlot(100), b.montageMaxX + 1, b.montageMaxY + 1);
+    std::vector<uint8_t> out(7 * 5 * 3, 99);
+    writeFrameToPicture(b.montageSlot(100), b.montageMaxX + 1, b.montageMaxY + 1, out.data(), 21, 7,
+                        5);
+    EXPECT_EQ(out, pic.bits);
+}
+
+TEST(PixelBuffers, OtherSizeIsCutToTheFrameFromTheBottomLeft) {
+    const Picture big(10, 10);
+    PixelBuffers b;
+    b.sizeSeries(4, 4, 1);
+    readPictureIntoFrame(big.view(), b.seriesImage(1), 4, 4);
+    EXPECT_EQ(b.greenAt(0, 0, 1), 9);  // bottom row of the bigger picture
+    EXPECT_EQ(b.blueAt(3, 3, 1), 3);
+    EXPECT_EQ(b.greenAt(3, 3, 1), 6);
+
+    const Picture small(2, 2);
+    b.sizeSeries(4, 4, 1);
+    readPictureIntoFrame(small.view(), b.seriesImage(1), 4, 4);
+    EXPECT_EQ(b.redAt(1, 1, 1), 7);
+    EXPECT_EQ(b.redAt(2, 0, 1), 0);
+    EXPECT_EQ(b.redAt(0, 2, 1), 0);
+}
+
+TEST(PixelBuffers, ThirtyTwoBitAndRgbPicturesArriveInBlueGreenRedOrder) {
+    const uint8_t bgrx[] = {1, 2, 3, 255};
+    const uint8_t rgb[] = {3, 2, 1};
+    PixelBuffers b;
+    b.sizeSeries(1, 1, 2);
+    readPictureIntoFrame({1, 1, bgrx, 4, PixelFormat::bgrx32}, b.seriesImage(1), 4, 4);
+    readPictureIntoFrame({1, 1, rgb, 3, PixelFormat::rgb24}, b.seriesImage(2), 4, 4);
+    for (int k = 1; k <= 2; ++k) {
+        EXPECT_EQ(b.blueAt(0, 0, k), 1);
+        EXPECT_EQ(b.greenAt(0, 0, k), 2);
+        EXPECT_EQ(b.redAt(0, 0, k), 3);
+    }
+}
+
+TEST(DimensionMessage, ExactText) {
+    EXPECT_EQ(dimensionMessage(3, 640, 480, 800, 600),
+              "Image 3 has a different dimension (640,480) from Image 1 (800,600).   All images "
+              "must be the same size.");
+}
+
+}  // namespace
+}  // namespace lumiquilt
