@@ -233,14 +233,11 @@ void FormMontage::buildControls() {
 
 void FormMontage::scaleWindow(double scaleX, double scaleY) {
     const double tpp = std::max<int>(1, m_state.twipsPerPixel);
-    // The design's client area is 12810 by 8070 twips.
-    background->setMinimumSize(0, 0);
-    const int clientWidth = static_cast<int>(std::lround(12810 * scaleX / tpp));
-    const int clientHeight = static_cast<int>(std::lround(8070 * scaleY / tpp));
     QFont font = QApplication::font();
     if (font.pointSizeF() > 0) {
         font.setPointSizeF(std::max(6.0, font.pointSizeF() * std::min(scaleX, 1.5)));
     }
+    int rightEdge = 0;
     for (const DesignPlace& place : m_designPlaces) {
         place.control->setFont(font);
         const QRect& t = place.twips;
@@ -249,11 +246,20 @@ void FormMontage::scaleWindow(double scaleX, double scaleY) {
         int width = static_cast<int>(std::lround(t.width() * scaleX / tpp));
         int height = static_cast<int>(std::lround(t.height() * scaleY / tpp));
         if (place.control == Label1) {
-            width = static_cast<int>(std::lround(t.width() / tpp));
-            height = static_cast<int>(std::lround(t.height() / tpp));
+            // The caption keeps its design size, but never cut its own text.
+            width = std::max(static_cast<int>(std::lround(t.width() / tpp)),
+                             Label1->sizeHint().width());
+            height = std::max(static_cast<int>(std::lround(t.height() / tpp)),
+                              Label1->sizeHint().height());
         }
         place.control->setGeometry(left, top, width, height);
+        rightEdge = std::max(rightEdge, left + width);
     }
+    // The design's client area is 12810 by 8070 twips; the button row stands a little
+    // wider than that, so the window grows to show it whole.
+    const int clientWidth =
+        std::max(static_cast<int>(std::lround(12810 * scaleX / tpp)), rightEdge + 8);
+    const int clientHeight = static_cast<int>(std::lround(8070 * scaleY / tpp));
     resize(clientWidth, clientHeight + menuBar()->sizeHint().height());
 }
 
