@@ -108,6 +108,21 @@ TEST(Cli, OneImageGivesThePictureBack) {
     EXPECT_EQ(QImage(QString::fromStdString(dir.path("m.jpeg"))).size(), picture.size());
 }
 
+TEST(Cli, PaddedFramesAndLargeIncrementsGiveThePictureBack) {
+    // 641 by 481 pads to 644 by 484; the montage written is the picture's own size.
+    TestFolder dir;
+    const QImage picture = testing::patternPicture(641, 481, 4);
+    testing::savePictureFile(picture, dir.path("p1.png"));
+    for (const char* increment : {"1", "20", "481", "5000"}) {
+        const CliRun r = cli({"montage", "p1.png", "-i", increment, "-o", "m.png"}, dir.root());
+        ASSERT_EQ(r.code, 0) << r.err;
+        EXPECT_EQ(QImage(QString::fromStdString(dir.path("m.png")))
+                      .convertToFormat(QImage::Format_RGB888),
+                  picture)
+            << increment;
+    }
+}
+
 TEST(Cli, RunsTheWindowProgramWouldStopExitOne) {
     TestFolder dir;
     makeSeries(dir, 3);

@@ -176,6 +176,17 @@ TEST_F(CreateImageTest, ASecondRunIsRefusedWhileOneIsUnderWay) {
     EXPECT_TRUE(form().CommandGo->isEnabled());
 }
 
+TEST_F(CreateImageTest, MemberVanishingDuringTheRunEndsTheSeriesThere) {
+    makeSeries("v", 4);
+    // The first yield comes after image 1 is loaded; image 3 goes then.
+    QTimer::singleShot(0, &form(), [&] { std::filesystem::remove(dir.path("v3.png")); });
+    create(dir.path("v1.png"));
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(state.imageCount, 2);
+    EXPECT_TRUE(form().montageWindow()->isVisible());
+    EXPECT_EQ(visiblePictureWindows(), 2);
+}
+
 TEST_F(CreateImageTest, ReadOnlySettingsFileLosesNothing) {
     makeSeries("s", 2);
     testing::writeBytes(dir.path("Lumiquilt.ini"), "[preferences]\nfilename=/old1.jpg\n");
