@@ -4,12 +4,15 @@
 //   buffers      against a plain copy of the series' decoded bytes
 //   block loop   against a plain copy of the montage's bytes
 //   writing      against decoding one file of the same size
-//   whole run    (lumiquilt-cli montage ... -o out.jpg) against decoding alone
+//   whole run    (lumiquilt-cli montage ... -o out.jpg, its own process) against
+//                decoding alone
 //
 //   montage_bench [PHOTO] [--quick]
+#include <QCoreApplication>
 #include <QDir>
 #include <QGuiApplication>
 #include <QImage>
+#include <QProcess>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <chrono>
@@ -20,7 +23,6 @@
 #include <sstream>
 #include <vector>
 
-#include "cli/cli_app.h"
 #include "core/program_state.h"
 #include "engine/montage_run.h"
 #include "series/picture_io.h"

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <thread>
 
 #include "core/numbers.h"
 #include "core/runtime_error.h"
@@ -48,9 +49,20 @@ void loadPixelBuffers(ProgramState& state, const PictureView& montage, int monta
         }
     }
     b.sizeSeries(first.width, first.height, count);
-    for (int k = 1; k <= count; ++k) {
-        readPictureIntoFrame(images[static_cast<std::size_t>(k - 1)], b.seriesImage(k),
-                             b.seriesMaxX + 1, b.seriesMaxY + 1);
+    // Each image fills its own part of the buffer, so two cores can share them.
+    auto readEvery = [&](int start, int step) {
+        for (int k = start; k <= count; k += step) {
+            readPictureIntoFrame(images[static_cast<std::size_t>(k - 1)], b.seriesImage(k),
+                                 b.seriesMaxX + 1, b.seriesMaxY + 1);
+        }
+    };
+    constexpr std::size_t kWorthASecondThread = 8u << 20;
+    if (count >= 2 && b.seriesPixels.size() >= kWorthASecondThread) {
+        std::thread helper(readEvery, 2, 2);
+        readEvery(1, 2);
+        helper.join();
+    } else {
+        readEvery(1, 1);
     }
 }
 

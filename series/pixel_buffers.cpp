@@ -1,8 +1,9 @@
 #include "series/pixel_buffers.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
-#include <new>
+#include <utility>
 
 #include "core/numbers.h"
 #include "core/runtime_error.h"
@@ -11,19 +12,42 @@ namespace lumiquilt {
 
 namespace {
 
-void assignZeroed(std::vector<uint8_t>& buffer, std::size_t bytes) {
-    try {
-        buffer.assign(bytes, 0);
-    } catch (const std::bad_alloc&) {
-        buffer.clear();
-        buffer.shrink_to_fit();
-        throw RuntimeError(kOutOfMemory);
-    } catch (const std::length_error&) {
-        throw RuntimeError(kOutOfMemory);
-    }
+void assignZeroed(SampleBuffer& buffer, std::size_t bytes) {
+    buffer.allocateZeroed(bytes);
 }
 
 }  // namespace
+
+SampleBuffer::SampleBuffer(SampleBuffer&& other) noexcept
+    : m_data(std::exchange(other.m_data, nullptr)), m_size(std::exchange(other.m_size, 0)) {}
+
+SampleBuffer& SampleBuffer::operator=(SampleBuffer&& other) noexcept {
+    if (this != &other) {
+        std::free(m_data);
+        m_data = std::exchange(other.m_data, nullptr);
+        m_size = std::exchange(other.m_size, 0);
+    }
+    return *this;
+}
+
+SampleBuffer::~SampleBuffer() {
+    std::free(m_data);
+}
+
+void SampleBuffer::allocateZeroed(std::size_t bytes) {
+    std::free(m_data);
+    m_data = nullptr;
+    m_size = 0;
+    if (bytes == 0) {
+        return;
+    }
+    // calloc hands out fresh zero pages for large blocks without writing them.
+    m_data = static_cast<uint8_t*>(std::calloc(bytes, 1));
+    if (m_data == nullptr) {
+        throw RuntimeError(kOutOfMemory);
+    }
+    m_size = bytes;
+}
 
 int16_t paddedBound(int size) {
     return checkedInt16(((static_cast<long long>(size) + 3) / 4) * 4 - 1);

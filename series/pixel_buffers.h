@@ -25,6 +25,29 @@ struct PictureView {
     PixelFormat format = PixelFormat::bgr24;
 };
 
+/// A zero-filled block of bytes. Large blocks come straight from the system as
+/// untouched zero pages, so a slot that is never written costs no time.
+class SampleBuffer {
+  public:
+    SampleBuffer() = default;
+    SampleBuffer(const SampleBuffer&) = delete;
+    SampleBuffer& operator=(const SampleBuffer&) = delete;
+    SampleBuffer(SampleBuffer&& other) noexcept;
+    SampleBuffer& operator=(SampleBuffer&& other) noexcept;
+    ~SampleBuffer();
+
+    /// Drops the old contents and takes `bytes` zero bytes. Throws RuntimeError 7.
+    void allocateZeroed(std::size_t bytes);
+
+    uint8_t* data() { return m_data; }
+    const uint8_t* data() const { return m_data; }
+    std::size_t size() const { return m_size; }
+
+  private:
+    uint8_t* m_data = nullptr;
+    std::size_t m_size = 0;
+};
+
 /// Bound of a padded axis: the size rounded up to a multiple of four, less one.
 int16_t paddedBound(int size);
 
@@ -35,17 +58,17 @@ struct PixelBuffers {
     static constexpr int kFirstMontageSlot = 100;
     static constexpr int kLastMontageSlot = 106;
 
-    std::vector<uint8_t> seriesPixels;
+    SampleBuffer seriesPixels;
     int16_t seriesMaxX = -1;
     int16_t seriesMaxY = -1;
     int16_t seriesMaxImage = 0;
 
-    std::vector<uint8_t> montagePixels;
+    SampleBuffer montagePixels;
     int16_t montageMaxX = -1;
     int16_t montageMaxY = -1;
     int16_t montageMaxSlot = 0;
 
-    std::vector<uint8_t> previewPixels;
+    SampleBuffer previewPixels;
     int16_t previewMaxX = -1;
     int16_t previewMaxY = -1;
 

@@ -1,0 +1,231 @@
+#include <QApplication>
+#include <QMenuBar>
+#include <QMouseEvent>
+#include <gtest/gtest.h>
+
+#include "support/ui_fixture.h"
+
+namespace lumiquilt {
+namespace {
+
+using testing::UiTest;
+
+class WindowsTest : public UiTest {
+protected:
+    void SetUp() override {
+        UiTest::SetUp();
+        start();
+        form().activateFirstTime();
+    }
+    // Shows picture windows 1..count with the given captions, as a load would.
+    void showPictures(const std::vector<std::string>& captions) {
+        for (size_t i = 0; i < captions.size(); ++i) {
+            FormPicture* w = form().pictureWindow(static_cast<int>(i) + 1);
+            w->setWindowTitle(QString::fromStdString(captions[i]));
+            w->show();
+        }
+    }
+    std::vector<std::string> visibleEntries(const std::array<QAction*, 13>& entries) {
+        std::vector<std::string> out;
+        for (size_t i = 1; i < entries.size(); ++i) {
+            if (entries[i]->isVisible()) {
+                out.push_back(entries[i]->text().toStdString());
+            }
+        }
+        return out;
+    }
+    std::vector<std::string> visibleEntries2() {
+        std::vector<std::string> out;
+        for (QAction* entry : form().m.mnuWindow2) {
+            if (entry->isVisible()) {
+                out.push_back(entry->text().toStdString());
+            }
+        }
+        return out;
+    }
+    static std::vector<std::string> captionsOf(const QMenu* menu) {
+        std::vector<std::string> out;
+        for (const QAction* a : menu->actions()) {
+            out.push_back(a->isSeparator() ? "-" : a->text().toStdString());
+        }
+        return out;
+    }
+};
+
+TEST_F(WindowsTest, MenuBarReadsAsDesigned) {
+    std::vector<std::string> tops;
+    for (const QAction* a : form().menuBar()->actions()) {
+        tops.push_back(a->text().toStdString());
+    }
+    EXPECT_EQ(tops, (std::vector<std::string>{"    ", " File ", "Exposure Method ", " Ignore Image ",
+                                              " Set Image Offsets ", " Window ", " Help "}));
+    const std::vector<std::string> file = captionsOf(form().m.mnuFile);
+    const std::vector<std::string> head(file.begin(), file.begin() + 16);
+    EXPECT_EQ(head, (std::vector<std::string>{
+                        "Browse for Image File", "Load Image Files", "Load a Project",
+                        "Save a Project", "Make the Montage", "-", "Save Montage As",
+                        "Copy Montage to Clipboard", "Open Montage in Editor", "Print Montage",
+                        "Print Montage Fit to Page", "Print Montage Fit to Half Page",
+                        "Select Printer", "-", "Preferences", "-"}));
+    EXPECT_EQ(file.size(), 16u + 12u + 2u);
+    EXPECT_EQ(file.back(), "Exit");
+    EXPECT_EQ(captionsOf(form().m.mnuMontage),
+              (std::vector<std::string>{"3D Color Space Focus", "Absolute Color Difference",
+                                        "Average Color Difference", "Linear Color Focus",
+                                        "Preference Red Focus", "Preference Green Focus",
+                                        "Preference Blue Focus", "-", "Compare All Exposure Methods",
+                                        "Evaluate Increments",
+                                        "Evaluate Increments and all Exposure Methods", "-",
+                                        "Smooth Montage Image"}));
+    EXPECT_EQ(captionsOf(form().m.mnuHelpMenu),
+              (std::vector<std::string>{"Help", "-", "Contact Tarnhollow Software", "About"}));
+    EXPECT_EQ(form().m.mnuOpen->shortcut(), QKeySequence("Ctrl+O"));
+    EXPECT_EQ(form().m.mnuPrint->shortcut(), QKeySequence("Ctrl+P"));
+    EXPECT_EQ(form().m.mnuHelp->shortcut(), QKeySequence("F1"));
+    // Hidden for good.
+    for (QAction* hidden : {form().m.mnuSelect, form().m.mnuEvaluate, form().m.mnuEvaluateAll,
+                            form().m.mnuSmooth}) {
+        EXPECT_FALSE(hidden->isVisible()) << hidden->text().toStdString();
+    }
+    EXPECT_EQ(form().windowTitle(), "Lumiquilt  -  from Tarnhollow Software");
+}
+
+TEST_F(WindowsTest, ExactlyOneMethodIsChecked) {
+    form().m.mnusimpleCol[4]->trigger();
+    form().m.mnusimpleCol[4]->trigger();  // the checked one stays checked
+    for (int i = 0; i < 7; ++i) {
+        EXPECT_EQ(form().m.mnusimpleCol[static_cast<size_t>(i)]->isChecked(), i == 4) << i;
+    }
+}
+
+TEST_F(WindowsTest, AtMostOneDisplayEntry) {
+    QAction* min = form().m.mnuActivateOffsetsMin;
+    QAction* max = form().m.mnuActivateOffsetsMax;
+    QAction* same = form().m.mnuActivateOffsetsSame;
+    min->trigger();
+    EXPECT_TRUE(min->isChecked());
+    EXPECT_FALSE(max->isChecked());
+    EXPECT_FALSE(same->isChecked());
+    min->trigger();  // a second click leaves none
+    EXPECT_FALSE(min->isChecked() || max->isChecked() || same->isChecked());
+    max->trigger();
+    same->trigger();
+    EXPECT_FALSE(max->isChecked());
+    EXPECT_TRUE(same->isChecked());
+    form().m.mnuAddOffsets->trigger();
+    EXPECT_TRUE(form().m.mnuAddOffsets->isChecked());
+    EXPECT_TRUE(same->isChecked());
+}
+
+TEST_F(WindowsTest, WindowMenuListsTwelvePictureWindowsAtMost) {
+    std::vector<std::string> captions;
+    for (int k = 1; k <= 13; ++k) {
+        captions.push_back("Image " + std::to_string(k) + " -- /p/s" + std::to_string(k) + ".jpg");
+    }
+    showPictures(captions);
+    form().updateWindowMenu();
+    const std::vector<std::string> listed = visibleEntries(form().m.mnuWindow);
+    EXPECT_EQ(listed, std::vector<std::string>(captions.begin(), captions.begin() + 12));
+    // A closed window in the middle moves the later entries up.
+    form().pictureWindow(5)->unload();
+    std::vector<std::string> expected(captions.begin(), captions.begin() + 12);
+    expected.erase(expected.begin() + 4);
+    EXPECT_EQ(visibleEntries(form().m.mnuWindow), expected);
+    form().updateWindowMenu();
+    expected.push_back(captions[12]);
+    EXPECT_EQ(visibleEntries(form().m.mnuWindow), expected);
+}
+
+TEST_F(WindowsTest, SameCaptionBringsUpTheLowerNumber) {
+    showPictures({"Image 1 -- /p/a.jpg", "twin", "twin"});
+    form().pictureWindow(2)->hide();
+    form().updateWindowMenu();
+    form().pictureWindow(2)->show();
+    form().updateWindowMenu();
+    form().pictureWindow(2)->hide();
+    form().mnuWindow_Click(2);  // "twin": window 2 comes back, window 3 is untouched
+    EXPECT_TRUE(form().pictureWindow(2)->isVisible());
+}
+
+TEST_F(WindowsTest, MontageAndMethodWindowsInTheSecondList) {
+    form().montageWindow()->setWindowTitle("Montage in focus image from a1.jpg");
+    form().montageWindow()->show();
+    for (int i = 0; i < 7; ++i) {
+        form().methodWindow(i)->setWindowTitle(QString("Method %1").arg(i));
+        form().methodWindow(i)->show();
+    }
+    form().updateWindowMenu();
+    EXPECT_EQ(visibleEntries2(),
+              (std::vector<std::string>{"Montage in focus image from a1.jpg", "Method 0", "Method 1",
+                                        "Method 2", "Method 3", "Method 4", "Method 5", "Method 6"}));
+    form().methodWindow(2)->mnuClose->trigger();
+    EXPECT_EQ(visibleEntries2(),
+              (std::vector<std::string>{"Montage in focus image from a1.jpg", "Method 0", "Method 1",
+                                        "Method 3", "Method 4", "Method 5", "Method 6"}));
+    form().methodWindow(4)->hide();
+    form().mnuWindow2_Click(4);  // "Method 4"
+    EXPECT_TRUE(form().methodWindow(4)->isVisible());
+    form().montageWindow()->mnuClose->trigger();
+    EXPECT_EQ(visibleEntries2().front(), "Method 0");
+}
+
+TEST_F(WindowsTest, PopupsInOrderAndOpenedAtOneHundred) {
+    FormPicture* picture = form().pictureWindow(1);
+    EXPECT_EQ(captionsOf(picture->mnuMenu),
+              (std::vector<std::string>{"Save As", "Copy to Clipboard", "Open in Editor", "Print",
+                                        "Print File to Page", "Print Fit to Half Page", "-",
+                                        "Set Offset Target Color", "Show Preview of this Picture",
+                                        "Close Window"}));
+    EXPECT_EQ(captionsOf(form().montageWindow()->mnuMenu),
+              (std::vector<std::string>{"Save project", "-", "Save As", "Copy to Clipboard",
+                                        "Open in Editor", "Print", "Print Fit to Page",
+                                        "Print Fit to Half Page", "Smooth Montage Image", "-",
+                                        "Show Preview of this Picture", "Close Window"}));
+    EXPECT_FALSE(form().montageWindow()->mnuSmooth->isVisible());
+    EXPECT_EQ(picture->windowTitle(), "Original Image");
+    EXPECT_EQ(form().montageWindow()->windowTitle(), "Montage Clearstack");
+
+    picture->PictureFile->setPicture(testing::patternPicture(50, 40, 1));
+    picture->show();
+    QMouseEvent left(QEvent::MouseButtonRelease, QPointF(3, 3), QPointF(3, 3), Qt::LeftButton,
+                     Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(picture->PictureFile, &left);
+    EXPECT_FALSE(picture->mnuMenu->isVisible());
+    QMouseEvent right(QEvent::MouseButtonRelease, QPointF(3, 3), QPointF(3, 3), Qt::RightButton,
+                      Qt::NoButton, Qt::NoModifier);
+    QApplication::sendEvent(picture->PictureFile, &right);
+    EXPECT_TRUE(picture->mnuMenu->isVisible());
+    EXPECT_EQ(picture->mnuMenu->pos(), picture->mapToGlobal(QPoint(100, 100)));
+    picture->mnuMenu->hide();
+}
+
+TEST_F(WindowsTest, ClosingWindowsInAnyOrderIsSafe) {
+    makeSeries("s", 3);
+    setFileName(dir.path("s1.png"));
+    setIncrement("10");
+    form().CommandGo_Click();
+    form().montageWindow()->close();
+    form().pictureWindow(2)->close();
+    form().usedWindow()->close();
+    form().pictureWindow(1)->mnuClose->trigger();
+    form().pictureWindow(3)->close();
+    form().updateWindowMenu();
+    EXPECT_EQ(visibleEntries(form().m.mnuWindow).size(), 0u);
+    EXPECT_TRUE(visibleEntries2().empty());
+    // The next run fills the slots anew.
+    form().CommandGo_Click();
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(visiblePictureWindows(), 3);
+    EXPECT_TRUE(form().montageWindow()->isVisible());
+}
+
+TEST_F(WindowsTest, HelpAndContactOpenTheirPages) {
+    form().m.mnuHelp->trigger();
+    form().m.mnuContact->trigger();
+    ASSERT_EQ(ui.opened.size(), 2u);
+    EXPECT_EQ(ui.opened[0], state.appPath + "lumiquilt.html");
+    EXPECT_EQ(ui.opened[1], kProductWebPage);
+}
+
+}  // namespace
+}  // namespace lumiquilt
