@@ -1,0 +1,214 @@
+#include "output/gif_encoder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "core/runtime_error.h"
+#include "gif_test_support.h"
+
+namespace lumiquilt {
+namespace {
+
+using testing::ParsedGif;
+using testing::parseGif;
+
+IndexedPicture indexed(int width, int height, const std::vector<uint8_t>& indices) {
+    IndexedPicture p;
+    p.width = width;
+    p.height = height;
+    p.indices = indices;
+    p.colourTable = halftonePalette();
+    return p;
+}
+
+std::string encode(const IndexedPicture& picture, bool transparent = false, uint32_t colour = 0,
+                   std::vector<int>* progress = nullptr) {
+    GIF gif;
+    if (progress != nullptr) {
+        gif.Progress = [progress](int percent) { progress->push_back(percent); };
+    }
+    std::string bytes;
+    EXPECT_TRUE(gif.encode(
+        picture,
+        [&bytes](const uint8_t* d, size_t n) {
+            bytes.append(reinterpret_cast<const char*>(d), n);
+            return true;
+        },
+        transparent, colour));
+    return bytes;
+}
+
+TEST(HalftonePalette, GridOfFiveLevels) {
+    const auto t = halftonePalette();
+    // Entry 25 * b + 5 * g + r.
+    const int entry = 25 * 3 + 5 * 1 + 4;
+    EXPECT_EQ(t[entry * 3], 255);      // red level 4
+    EXPECT_EQ(t[entry * 3 + 1], 64);   // green level 1
+    EXPECT_EQ(t[entry * 3 + 2], 192);  // blue level 3
+    for (size_t i = 125 * 3; i < 768; ++i) {
+        EXPECT_EQ(t[i], 0);
+    }
+}
+
+TEST(MapToHalftone, NearestLevelPerChannelTiesGoLow) {
+    // Blue, green, red bytes of five pixels.
+    const uint8_t bgr[] = {0, 0, 0, 31, 33, 32, 96, 160, 224, 255, 200, 100, 10, 250, 130};
+    const PictureView view{5, 1, bgr, 15, PixelFormat::bgr24};
+    const IndexedPicture p = mapToHalftone(view);
+    auto idx = [](int r, int g, int b) { return 25 * b + 5 * g + r; };
+    EXPECT_EQ(p.indices[0], idx(0, 0, 0));
+    EXPECT_EQ(p.indices[1], idx(0, 1, 0));  // red 32 ties to 0, green 33 to 64, blue 31 to 0
+    EXPECT_EQ(p.indices[2],
+              idx(4, 2, 1));  // 224 is nearer 255 (31) than 192 (32); 160 ties low; 96 ties low
+    EXPECT_EQ(p.indices[3], idx(2, 3, 4));
+    EXPECT_EQ(p.indices[4], idx(2, 4, 0));
+}
+
+TEST(GifEncoder, OnePixelFileByteForByte) {
+    const std::string bytes = encode(indexed(1, 1, {5}));
+    ASSERT_EQ(bytes.size(), 13u + 768 + 10 + 1 + 5 + 2);
+    EXPECT_EQ(bytes.substr(0, 13), std::string("GIF87a\x01\x00\x01\x00\xF7\x00\x00", 13));
+    EXPECT_EQ(bytes.substr(781, 11), std::string("\x2C\0\0\0\0\x01\0\x01\0\x07\x08", 11));
+    // clear 256, pixel 5, end 257: 27 bits in four bytes.
+    EXPECT_EQ(bytes.substr(792), std::string("\x04\x00\x0B\x04\x04\x00\x3B", 7));
+}
+
+TEST(GifEncoder, DecodesToTheIndicesOfEveryRow) {
+    std::vector<uint8_t> indices;
+    for (int y = 0; y < 23; ++y) {
+        for (int x = 0; x < 37; ++x) {
+            indices.push_back(static_cast<uint8_t>((x / 3 + y * 7) % 125));
+        }
+    }
+    const ParsedGif g = parseGif(encode(indexed(37, 23, indices)));
+    EXPECT_EQ(g.signature, "GIF87a");
+    EXPECT_EQ(g.width, 37);
+    EXPECT_EQ(g.height, 23);
+    EXPECT_TRUE(g.endsProperly);
+    EXPECT_EQ(g.pixels, indices);
+    for (int code : g.codes) {
+        EXPECT_LT(code, 512);
+    }
+}
+
+TEST(GifEncoder, OnePixelWideRows) {
+    const ParsedGif g = parseGif(encode(indexed(1, 3, {7, 8, 9})));
+    EXPECT_EQ(g.codes, (std::vector<int>{256, 7, 256, 8, 256, 9, 257}));
+    EXPECT_EQ(g.pixels, (std::vector<uint8_t>{7, 8, 9}));
+}
+
+TEST(GifEncoder, OneColourRowUsesCodesTheDecoderMustInfer) {
+    const ParsedGif g = parseGif(encode(indexed(10, 1, std::vector<uint8_t>(10, 4))));
+    // p, p, then 259 (p p) and 260 (p p p): 1 + 1 + 2 + 3 + 3 = 10 pixels.
+    EXPECT_EQ(g.codes, (std::vector<int>{256, 4, 4, 259, 260, 260, 257}));
+    EXPECT_EQ(g.pixels, std::vector<uint8_t>(10, 4));
+}
+
+TEST(GifEncoder, ClearInsideALongRow) {
+    // 300 pixels with no pair twice: 0, 1, ..., 255, then 0, 2, 4, ... The table
+    // fills at 253 entries within the row.
+    std::vector<uint8_t> row;
+    for (int x = 0; x < 300; ++x) {
+        row.push_back(static_cast<uint8_t>(x < 256 ? x : 2 * (x - 256)));
+    }
+    const ParsedGif g = parseGif(encode(indexed(300, 2, [&] {
+        std::vector<uint8_t> two = row;
+        two.insert(two.end(), row.begin(), row.end());
+        return two;
+    }())));
+    EXPECT_EQ(g.pixels.size(), 600u);
+    EXPECT_TRUE(std::equal(row.begin(), row.end(), g.pixels.begin()));
+    // The 254th code of the row is followed by a clear.
+    int clears = 0;
+    for (int code : g.codes) {
+        clears += code == 256;
+    }
+    EXPECT_EQ(clears, 4);  // two rows, one clear inside each
+    EXPECT_EQ(g.codes[254], 253);
+    EXPECT_EQ(g.codes[255], 256);
+    for (int code : g.codes) {
+        EXPECT_LE(code, 510);
+    }
+}
+
+TEST(GifEncoder, FullLastSubBlockGetsNoEmptyOneBehindIt) {
+    // 1 clear + 224 pixels + 1 end = 226 codes = 2034 bits = 255 bytes exactly.
+    std::vector<uint8_t> row;
+    for (int x = 0; x < 224; ++x) {
+        row.push_back(static_cast<uint8_t>(x));
+    }
+    const std::string bytes = encode(indexed(224, 1, row));
+    const ParsedGif g = parseGif(bytes);
+    EXPECT_EQ(g.blockSizes, std::vector<int>{255});
+    EXPECT_TRUE(g.endsProperly);
+    EXPECT_EQ(g.pixels, row);
+    // One more code (2043 bits) spills one byte into a second block.
+    row.push_back(224);
+    EXPECT_EQ(parseGif(encode(indexed(225, 1, row))).blockSizes, (std::vector<int>{255, 1}));
+}
+
+TEST(GifEncoder, ProgressEveryTenthRowOnly) {
+    std::vector<int> progress;
+    encode(indexed(3, 9, std::vector<uint8_t>(27, 1)), false, 0, &progress);
+    EXPECT_TRUE(progress.empty());
+    encode(indexed(3, 25, std::vector<uint8_t>(75, 1)), false, 0, &progress);
+    EXPECT_EQ(progress, (std::vector<int>{40, 80}));
+    progress.clear();
+    encode(indexed(2, 80, std::vector<uint8_t>(160, 1)), false, 0, &progress);
+    EXPECT_EQ(progress, (std::vector<int>{12, 25, 38, 50, 62, 75, 88, 100}));  // halves to even
+}
+
+TEST(GifEncoder, TransparentColourGivesGif89a) {
+    // 0x00BBGGRR of entry 1: red 64.
+    ParsedGif g = parseGif(encode(indexed(2, 2, {0, 1, 1, 0}), true, 0x000040));
+    EXPECT_EQ(g.signature, "GIF89a");
+    EXPECT_TRUE(g.hasControl);
+    EXPECT_EQ(g.transparentIndex, 1);
+    EXPECT_EQ(g.pixels, (std::vector<uint8_t>{0, 1, 1, 0}));
+    // A colour not in the table: index 0.
+    g = parseGif(encode(indexed(2, 2, {0, 1, 1, 0}), true, 0x123456));
+    EXPECT_EQ(g.transparentIndex, 0);
+}
+
+TEST(GifEncoder, SaveReplacesAnExistingFileWhole) {
+    namespace fs = std::filesystem;
+    const std::string name = (fs::temp_directory_path() / "lumiquilt_gif_test.gif").string();
+    std::ofstream(name) << "an old file that is longer than the new picture will be, by far";
+    GIF gif;
+    ASSERT_TRUE(gif.SaveGIF(indexed(2, 1, {3, 4}), name));
+    std::ifstream in(name, std::ios::binary);
+    std::ostringstream s;
+    s << in.rdbuf();
+    EXPECT_EQ(parseGif(s.str()).pixels, (std::vector<uint8_t>{3, 4}));
+    fs::remove(name);
+    EXPECT_THROW(gif.SaveGIF(indexed(2, 1, {3, 4}), "/no/such/folder/x.gif"), RuntimeError);
+}
+
+TEST(GifEncoder, BusyObjectRefusesASecondCall) {
+    GIF gif;
+    bool inner = true;
+    gif.Progress = [&](int) {
+        inner = gif.encode(indexed(1, 1, {0}), [](const uint8_t*, size_t) { return true; });
+    };
+    encode(indexed(1, 10, std::vector<uint8_t>(10, 0)));  // another object: no progress hook
+    std::string bytes;
+    EXPECT_TRUE(
+        gif.encode(indexed(1, 10, std::vector<uint8_t>(10, 0)), [&](const uint8_t* d, size_t n) {
+            bytes.append(reinterpret_cast<const char*>(d), n);
+            return true;
+        }));
+    EXPECT_FALSE(inner);
+}
+
+TEST(GifEncoder, RefusingSinkIsReported) {
+    GIF gif;
+    int calls = 0;
+    EXPECT_FALSE(gif.encode(indexed(300, 300, std::vector<uint8_t>(90000, 3)),
+                            [&](const uint8_t*, size_t) { return ++calls < 3; }));
+}
+
+}  // namespace
+}  // namespace lumiquilt
