@@ -15,6 +15,7 @@
 #include "engine/measures.h"
 #include "engine/montage_run.h"
 #include "engine/properties_report.h"
+#include "output/gif_encoder.h"
 #include "persistence/profile_file.h"
 #include "series/picture_io.h"
 #include "series/series_decode.h"
@@ -154,9 +155,6 @@ Options parseOptions(const std::vector<std::string>& args) {
         if (!endsWith(".bmp") && !endsWith(".jpg") && !endsWith(".jpeg") && !endsWith(".png") &&
             !endsWith(".gif")) {
             throw UsageError{"the output name must end in .bmp, .jpg, .jpeg, .gif or .png"};
-        }
-        if (endsWith(".gif")) {
-            throw UsageError{"GIF output is not available in this version"};
         }
     }
     if (!o.offsets.empty() || !o.marks.empty()) {
@@ -320,7 +318,14 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
         run.run();
         if (!options.output.empty()) {
             try {
-                savePicture(run.montagePicture(), absoluteIn(currentFolder, options.output));
+                const std::string target = absoluteIn(currentFolder, options.output);
+                const QImage montage = run.montagePicture();
+                if (toLowerUtf8(target).ends_with(".gif")) {
+                    GIF gif;
+                    gif.SaveGIF(mapToHalftone(viewOf(montage)), target);
+                } else {
+                    savePicture(montage, target);
+                }
             } catch (const RuntimeError& error) {
                 throw RunStopped{"cannot write " + options.output + ": " + error.description()};
             }

@@ -7,7 +7,8 @@ root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="${1:-$root/build}"
 shift || true
 
-packages=(cmake ninja-build g++ qt6-base-dev libgl-dev libgtest-dev xvfb xauth fonts-dejavu-core)
+packages=(cmake ninja-build g++ qt6-base-dev libgl-dev libgtest-dev xvfb xauth fonts-dejavu-core
+          imagemagick)
 missing=()
 for p in "${packages[@]}"; do
     dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

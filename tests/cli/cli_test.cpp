@@ -44,6 +44,7 @@ TEST(Cli, UsageErrorsExitTwo) {
         {"montage", "s1.png", "--ignore", "11"},
         {"montage", "s1.png", "--ignore", "1,,2"},
         {"montage", "s1.png", "-o", "out.tif"},
+        {"montage", "s1.png", "-o", "out"},
         {"montage", "s1.png", "-i"},
         {"montage", "s1.png", "--frobnicate"},
         {"montage", "s1.png", "s2.png"},
