@@ -293,6 +293,16 @@ void FormMontage::connectMenus() {
     connect(m.mnuMakeMontage, &QAction::triggered, this, &FormMontage::CommandGo_Click);
     connect(m.mnuExit, &QAction::triggered, this, &FormMontage::mnuExit_Click);
     connect(m.mnuSmooth, &QAction::triggered, this, &FormMontage::mnuSmooth_Click);
+    connect(m.mnuJPG, &QAction::triggered, this, &FormMontage::mnuJPG_Click);
+    connect(m.mnucopy, &QAction::triggered, this, &FormMontage::mnucopy_Click);
+    connect(m.mnuEditor, &QAction::triggered, this, &FormMontage::mnuEditor_Click);
+    connect(m.mnuPrint100, &QAction::triggered, this,
+            [this] { mnuPrint_Click(PrintSize::natural); });
+    connect(m.mnuPrint, &QAction::triggered, this,
+            [this] { mnuPrint_Click(PrintSize::fitToPage); });
+    connect(m.mnuPrintHalf, &QAction::triggered, this,
+            [this] { mnuPrint_Click(PrintSize::halfPage); });
+    connect(m.mnuSelect, &QAction::triggered, this, &FormMontage::mnuSelect_Click);
     for (int i = 0; i < static_cast<int>(m.mnuRecentFile.size()); ++i) {
         connect(m.mnuRecentFile[static_cast<size_t>(i)], &QAction::triggered, this,
                 [this, i] { mnuRecentFile_Click(i); });
@@ -344,8 +354,11 @@ FormPicture* FormMontage::pictureWindow(int k) {
     FormPicture*& window = m_pictureWindows[static_cast<size_t>(k)];
     if (window == nullptr) {
         window = new FormPicture(this);
+        window->PictureFile->setMarkColor(QColor(m_targetColor & 0xFF, (m_targetColor >> 8) & 0xFF,
+                                                 (m_targetColor >> 16) & 0xFF));
         connect(window, &PictureWindow::unloaded, this,
                 [this](PictureWindow*, const QString& caption) { removeWindowEntry(caption); });
+        connectPictureCommands(window);
     }
     return window;
 }
@@ -355,6 +368,7 @@ FormMontagePicture* FormMontage::montageWindow() {
         m_montageWindow = new FormMontagePicture(this);
         connect(m_montageWindow, &PictureWindow::unloaded, this,
                 [this](PictureWindow*, const QString& caption) { removeWindow2Entry(caption); });
+        connectMontageCommands(m_montageWindow);
     }
     return m_montageWindow;
 }
@@ -372,6 +386,7 @@ FormMontagePicture* FormMontage::methodWindow(int i) {
         window = new FormMontagePicture(this);
         connect(window, &PictureWindow::unloaded, this,
                 [this](PictureWindow*, const QString& caption) { removeWindow2Entry(caption); });
+        connectMontageCommands(window);
     }
     return window;
 }
@@ -535,6 +550,14 @@ void FormMontage::setTargetColor(double color) {
         m_targetColor = static_cast<uint32_t>(toInt32(color));
     } catch (const RuntimeError&) {
         // A colour beyond 32 bits in the settings leaves the marks as they are.
+        return;
+    }
+    const QColor mark(m_targetColor & 0xFF, (m_targetColor >> 8) & 0xFF,
+                      (m_targetColor >> 16) & 0xFF);
+    for (FormPicture* window : m_pictureWindows) {
+        if (window != nullptr) {
+            window->PictureFile->setMarkColor(mark);
+        }
     }
 }
 

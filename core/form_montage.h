@@ -114,6 +114,23 @@ class FormMontage : public QMainWindow {
     void mnuExit_Click();
     void mnuSmooth_Click();
 
+    // Output of pictures: saving, clipboard, editor, printing.
+    enum class PrintSize { natural, fitToPage, halfPage };
+    void SaveAsSub(PictureWindow* window, const std::string& suffix);
+    void mnuJPG_Click();
+    void mnucopy_Click();
+    void mnuEditor_Click();
+    void mnuPrint_Click(PrintSize size);
+    void mnuSelect_Click();
+    void copyToClipboard(const PictureWindow* source);
+    void openInEditor(const PictureWindow* source);
+    /// Prints a window's picture; a source picture prints without its target mark.
+    void printPicture(const PictureWindow* source, PrintSize size, FormPicture* marksOf = nullptr);
+    /// How long an outside program gets to read its file before it is deleted.
+    double outsideProgramWait = 3.0;
+    /// The printer chosen in the Printer Wizard; empty for the system's default.
+    std::string printerName;
+
     /// Rebuilds the Window menu from the visible windows.
     void updateWindowMenu();
     void addRecentFile(const std::string& item);
@@ -156,6 +173,11 @@ class FormMontage : public QMainWindow {
     void runCreateImage();
     void removeWindowEntry(const QString& caption);
     void removeWindow2Entry(const QString& caption);
+
+    void connectPictureCommands(FormPicture* window);
+    void connectMontageCommands(FormMontagePicture* window);
+    /// Waits outsideProgramWait seconds with the window queue running.
+    void waitForOutsideProgram();
 
     /// Lets the window queue run once; throws ProcessEnding once the window closed.
     void yieldEvents();

@@ -29,12 +29,28 @@ void PictureBox::clearPicture() {
     update();
 }
 
+void PictureBox::setMarksVisible(bool visible) {
+    m_marksVisible = visible;
+    update();
+}
+
+void PictureBox::setMarkColor(QColor color) {
+    m_markColor = color;
+    update();
+}
+
 void PictureBox::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
-    if (m_picture.isNull()) {
-        return;
+    if (!m_picture.isNull()) {
+        painter.drawImage(QPoint(0, 0), m_picture);
     }
-    painter.drawImage(QPoint(0, 0), m_picture);
+    if (m_marksVisible) {
+        painter.setPen(QPen(m_markColor, 1));
+        painter.setBrush(Qt::NoBrush);
+        for (const QRect& circle : Shape1) {
+            painter.drawEllipse(circle.adjusted(0, 0, -1, -1));
+        }
+    }
 }
 
 void PictureBox::mouseReleaseEvent(QMouseEvent* event) {

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QWidget>
+#include <array>
 
 namespace lumiquilt {
 
@@ -23,6 +24,12 @@ class PictureBox : public QWidget {
 
     void setAutoSize(bool on) { m_autoSize = on; }
 
+    /// The target mark: two circles, outer and inner, in picture pixels.
+    std::array<QRect, 2> Shape1{QRect(0, 0, 26, 26), QRect(8, 8, 10, 10)};
+    bool marksVisible() const { return m_marksVisible; }
+    void setMarksVisible(bool visible);
+    void setMarkColor(QColor color);
+
   signals:
     /// A right-button release anywhere on the picture.
     void rightButtonReleased();
@@ -34,6 +41,8 @@ class PictureBox : public QWidget {
   private:
     QImage m_picture;
     bool m_autoSize = false;
+    bool m_marksVisible = false;
+    QColor m_markColor = Qt::black;
 };
 
 /// Common ground of the windows that show one picture: the picture control, the

@@ -6,6 +6,8 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QMessageBox>
+#include <QPrintDialog>
+#include <QPrinter>
 #include <QProcess>
 #include <QUrl>
 
@@ -123,6 +125,27 @@ bool QtModalUi::startProgram(const std::string& program, const QStringList& argu
     return QProcess::startDetached(q(program), arguments);
 }
 
+bool QtModalUi::choosePrinter(QPrinter& printer) {
+    QPrintDialog dialog(&printer, m_parent);
+    return dialog.exec() == QDialog::Accepted;
+}
+
+bool ScriptedModalUi::choosePrinter(QPrinter& printer) {
+    if (duringDialog) {
+        duringDialog();
+    }
+    if (printerAnswers.empty() || !printerAnswers.front()) {
+        if (!printerAnswers.empty()) {
+            printerAnswers.pop_front();
+        }
+        return false;
+    }
+    printer.setOutputFormat(QPrinter::PdfFormat);
+    printer.setOutputFileName(QString::fromStdString(*printerAnswers.front()));
+    printerAnswers.pop_front();
+    return true;
+}
+
 MessageResult ScriptedModalUi::messageBox(const std::string& text, const std::string& title,
                                           MessageIcon icon, MessageButtons buttons) {
     messages.push_back({text, title, icon, buttons});
@@ -138,6 +161,9 @@ MessageResult ScriptedModalUi::messageBox(const std::string& text, const std::st
 
 std::optional<std::string> ScriptedModalUi::openFileName(const FileDialogRequest& request) {
     fileRequests.push_back(request);
+    if (duringDialog) {
+        duringDialog();
+    }
     if (fileAnswers.empty()) {
         return std::nullopt;
     }
@@ -170,7 +196,7 @@ bool ScriptedModalUi::openWithDesktop(const std::string& fileOrAddress) {
 
 bool ScriptedModalUi::startProgram(const std::string& program, const QStringList& arguments) {
     started.emplace_back(program, arguments);
-    return true;
+    return !reallyStartPrograms || QProcess::startDetached(q(program), arguments);
 }
 
 }  // namespace lumiquilt

@@ -3,11 +3,13 @@
 #include <QImage>
 #include <QStringList>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 class QWidget;
+class QPrinter;
 
 namespace lumiquilt {
 
@@ -51,6 +53,8 @@ class ModalUi {
     virtual bool openWithDesktop(const std::string& fileOrAddress) = 0;
     /// Starts a program without waiting for it.
     virtual bool startProgram(const std::string& program, const QStringList& arguments) = 0;
+    /// The print dialog; false on Cancel.
+    virtual bool choosePrinter(QPrinter& printer) = 0;
 };
 
 /// The real thing: Qt's message boxes and dialogs, owned by a parent window.
@@ -67,6 +71,7 @@ class QtModalUi : public ModalUi {
     void setClipboardImage(const QImage& image) override;
     bool openWithDesktop(const std::string& fileOrAddress) override;
     bool startProgram(const std::string& program, const QStringList& arguments) override;
+    bool choosePrinter(QPrinter& printer) override;
 
   private:
     QWidget* m_parent;
@@ -85,6 +90,12 @@ class ScriptedModalUi : public ModalUi {
     std::deque<MessageResult> messageAnswers;
     std::deque<std::optional<std::string>> fileAnswers;
     std::deque<std::optional<uint32_t>> colorAnswers;
+    /// A PDF file to print into, or nothing for Cancel.
+    std::deque<std::optional<std::string>> printerAnswers;
+    /// Start programs for real (they are only recorded otherwise).
+    bool reallyStartPrograms = false;
+    /// Runs while any dialog is open, to look at the program's state then.
+    std::function<void()> duringDialog;
 
     MessageResult messageBox(const std::string& text, const std::string& title, MessageIcon icon,
                              MessageButtons buttons) override;
@@ -94,6 +105,7 @@ class ScriptedModalUi : public ModalUi {
     void setClipboardImage(const QImage& image) override;
     bool openWithDesktop(const std::string& fileOrAddress) override;
     bool startProgram(const std::string& program, const QStringList& arguments) override;
+    bool choosePrinter(QPrinter& printer) override;
 };
 
 /// Turns "Caption|*.a;*.b|All|*.*|" into Qt's "Caption (*.a *.b);;All (*.*)".

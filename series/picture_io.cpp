@@ -96,11 +96,14 @@ QImage pictureFromFrame(const uint8_t* frame, int frameWidth, int frameHeight, i
     return image;
 }
 
-void savePicture(const QImage& image, const std::string& fileName, int jpegQuality) {
+void savePicture(const QImage& image, const std::string& fileName, const char* forced) {
+    constexpr int kJpegQuality = 90;
     const QString name = QString::fromStdString(fileName);
     const std::string suffix = toLowerUtf8(QFileInfo(name).suffix().toStdString());
     QByteArray format;
-    if (suffix == "bmp") {
+    if (forced != nullptr) {
+        format = forced;
+    } else if (suffix == "bmp") {
         format = "BMP";
     } else if (suffix == "png") {
         format = "PNG";
@@ -108,6 +111,13 @@ void savePicture(const QImage& image, const std::string& fileName, int jpegQuali
         format = "JPEG";
     } else {
         throw RuntimeError(kInvalidProcedureCall, "Unknown picture format ." + suffix);
+    }
+    const QFileInfo existing(name);
+    if (existing.exists() &&
+        (!existing.isWritable() ||
+         !(existing.permissions() & (QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther)))) {
+        // Renaming over a read-only file would succeed, even for root.
+        throw RuntimeError(kPermissionDenied);
     }
     QSaveFile file(name);
     if (!file.open(QIODevice::WriteOnly)) {
@@ -119,7 +129,7 @@ void savePicture(const QImage& image, const std::string& fileName, int jpegQuali
     }
     QImageWriter writer(&file, format);
     if (format == "JPEG") {
-        writer.setQuality(jpegQuality);
+        writer.setQuality(kJpegQuality);
     }
     if (!writer.write(image)) {
         file.cancelWriting();

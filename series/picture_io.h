@@ -19,10 +19,10 @@ PictureView viewOf(const QImage& image);
 QImage pictureFromFrame(const uint8_t* frame, int frameWidth, int frameHeight, int width,
                         int height);
 
-/// Writes a picture as BMP, PNG or JPEG by the name's extension, through a
-/// temporary file beside the target. Throws RuntimeError on failure; the target
-/// stays as it was.
-void savePicture(const QImage& image, const std::string& fileName, int jpegQuality = 90);
+/// Writes a picture as BMP, PNG or JPEG by the name's extension (or as `format`,
+/// "BMP", "PNG" or "JPEG", whatever the name), through a temporary file beside the
+/// target. Throws RuntimeError on failure; the target stays as it was.
+void savePicture(const QImage& image, const std::string& fileName, const char* format = nullptr);
 
 /// Raises the decoder's memory limit once, so that large photographs load.
 void configurePictureReading();

@@ -1,0 +1,260 @@
+#include <gtest/gtest.h>
+#include <QElapsedTimer>
+#include <QThread>
+
+#include <filesystem>
+
+#include "output/output_names.h"
+#include "output/printing.h"
+#include "support/ui_fixture.h"
+
+namespace lumiquilt {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::UiTest;
+
+class OutputTest : public UiTest {
+  protected:
+    void SetUp() override {
+        UiTest::SetUp();
+        start();
+        form().activateFirstTime();
+        form().outsideProgramWait = 0.2;
+    }
+    void makeMontage() {
+        makeSeries("s", 3);
+        setFileName(dir.path("s1.png"));
+        setIncrement("10");
+        form().CommandGo_Click();
+        ASSERT_TRUE(form().montageWindow()->isVisible());
+        ui.messages.clear();
+    }
+    QImage montage() { return form().montageWindow()->PictureFile->picture(); }
+    static bool waitForFile(const std::string& name) {
+        QElapsedTimer clock;
+        clock.start();
+        while (clock.elapsed() < 10000) {
+            if (fs::exists(name) && fs::file_size(name) > 0) {
+                QThread::msleep(100);  // let the writer finish its rename
+                return true;
+            }
+            QThread::msleep(20);
+        }
+        return false;
+    }
+    std::vector<std::string> temporaryFiles() {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(privateTemporaryFolder())) {
+            names.push_back(entry.path().string());
+        }
+        return names;
+    }
+};
+
+TEST_F(OutputTest, NothingToSaveCopyEditOrPrint) {
+    form().m.mnuJPG->trigger();
+    form().m.mnucopy->trigger();
+    form().m.mnuEditor->trigger();
+    form().m.mnuPrint->trigger();
+    ASSERT_EQ(ui.messages.size(), 4u);
+    EXPECT_EQ(ui.messages[0].text, "You have not got a Montage image to save.");
+    EXPECT_EQ(ui.messages[1].text, "You have not got a Montage image to copy.");
+    EXPECT_EQ(ui.messages[2].text, "You have not got a Montage image to edit.");
+    EXPECT_EQ(ui.messages[3].text, "You have not got a Montage image to print.");
+    for (const auto& m : ui.messages) {
+        EXPECT_EQ(m.title, "Make one, then try again");
+        EXPECT_EQ(m.icon, MessageIcon::critical);
+    }
+    EXPECT_TRUE(ui.fileRequests.empty());
+}
+
+TEST_F(OutputTest, BmpRoadWritesABmpWhateverTheName) {
+    makeMontage();
+    for (const char* name : {"out.bmp", "out.jpeg", "noextension"}) {
+        ui.fileAnswers.push_back(dir.path(name));
+        form().m.mnuJPG->trigger();
+        const std::string bytes = testing::readBytes(dir.path(name));
+        EXPECT_EQ(bytes.substr(0, 2), "BM") << name;
+        EXPECT_EQ(QImage(QString::fromStdString(dir.path(name)), "BMP")
+                      .convertToFormat(QImage::Format_RGB888),
+                  montage().convertToFormat(QImage::Format_RGB888))
+            << name;
+        EXPECT_EQ(lastMessage().text, "File  " + dir.path(name) + "  created.");
+        EXPECT_EQ(lastMessage().title, "Lumiquilt");
+        EXPECT_EQ(lastMessage().icon, MessageIcon::information);
+    }
+    const FileDialogRequest& request = ui.fileRequests.front();
+    EXPECT_EQ(request.filter, "*.bmp|*.bmp|*.jpg|*.jpg|*.gif|*.gif|");
+    EXPECT_EQ(request.fileName, dir.path("s1") + " montage");
+    EXPECT_EQ(request.initialFolder, state.appPath);
+    EXPECT_EQ(state.outputFileName, dir.path("noextension"));
+}
+
+TEST_F(OutputTest, CancelAndBadTargetsLoseNothing) {
+    makeMontage();
+    testing::writeBytes(dir.path("keep.bmp"), "old contents");
+    form().m.mnuJPG->trigger();  // no answer queued: Cancel
+    EXPECT_TRUE(ui.messages.empty());
+
+    ui.fileAnswers.push_back(dir.path("no-folder/out.bmp"));
+    form().m.mnuJPG->trigger();
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text, "error 76 (Path not found) at line 8600 of SaveAsSub");
+    EXPECT_EQ(lastMessage().title, "Nobody's Perfect");
+
+    fs::permissions(dir.path("keep.bmp"), fs::perms::owner_read);
+    ui.fileAnswers.push_back(dir.path("keep.bmp"));
+    form().m.mnuJPG->trigger();
+    EXPECT_EQ(lastMessage().text, "error 70 (Permission denied) at line 8600 of SaveAsSub");
+    EXPECT_TRUE(testing::readBytes(dir.path("keep.bmp")) == "old contents");
+}
+
+TEST_F(OutputTest, PictureWindowProposesItsFileWithCopy) {
+    makeMontage();
+    ui.fileAnswers.push_back(std::nullopt);
+    form().pictureWindow(2)->mnuSaveAs->trigger();
+    EXPECT_EQ(ui.fileRequests.back().fileName, dir.path("s2") + " copy");
+}
+
+TEST_F(OutputTest, JpegRoadRunsTheConverterAndCleansUp) {
+    makeMontage();
+    fs::create_symlink(LUMIQUILT_BIN_DIR "/CSTjpeg", dir.path("CSTjpeg"));
+    ui.reallyStartPrograms = true;
+    form().outsideProgramWait = 1.5;
+    ui.fileAnswers.push_back(dir.path("with blank.JPG"));
+    form().m.mnuJPG->trigger();
+    EXPECT_TRUE(ui.messages.empty());  // the JPEG road says nothing
+    ASSERT_EQ(ui.started.size(), 1u);
+    EXPECT_EQ(ui.started[0].first, state.appPath + "CSTjpeg");
+    const QStringList args = ui.started[0].second;
+    ASSERT_EQ(args.size(), 1);
+    const std::string line = args[0].toStdString();
+    const std::string temporary = line.substr(0, line.find(','));
+    EXPECT_EQ(line.substr(line.find(',') + 1), dir.path("with blank.JPG"));
+    EXPECT_NE(temporary.find("/qvztemp"), std::string::npos);
+    EXPECT_FALSE(fs::exists(temporary));
+    ASSERT_TRUE(waitForFile(dir.path("with blank.JPG")));
+    EXPECT_EQ(testing::readBytes(dir.path("with blank.JPG")).substr(0, 2), "\xFF\xD8");
+    EXPECT_EQ(QImage(QString::fromStdString(dir.path("with blank.JPG"))).size(), montage().size());
+}
+
+TEST_F(OutputTest, MissingConverterLeavesNoJpegAndNoTemporaryFile) {
+    makeMontage();
+    const auto before = temporaryFiles();
+    ui.fileAnswers.push_back(dir.path("out.jpg"));
+    form().m.mnuJPG->trigger();
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_FALSE(fs::exists(dir.path("out.jpg")));
+    EXPECT_EQ(temporaryFiles(), before);
+}
+
+TEST_F(OutputTest, GifRoadAsksThenWritesAndTells) {
+    makeMontage();
+    ui.fileAnswers.push_back(dir.path("m.gif"));
+    form().m.mnuJPG->trigger();
+    ASSERT_EQ(ui.messages.size(), 2u);
+    EXPECT_EQ(ui.messages[0].title, "A BMP or JPG format is much better");
+    EXPECT_EQ(ui.messages[0].icon, MessageIcon::information);
+    EXPECT_EQ(ui.messages[0].buttons, MessageButtons::yesNo);
+    EXPECT_EQ(ui.messages[1].text,
+              "256 color (half color palette)  '" + dir.path("m.gif") + "'  GIF file created.");
+    EXPECT_EQ(ui.messages[1].title, "Lumiquilt");
+    EXPECT_EQ(testing::readBytes(dir.path("m.gif")).substr(0, 6), "GIF87a");
+    EXPECT_EQ(QImage(QString::fromStdString(dir.path("m.gif"))).size(), montage().size());
+
+    // No to the palette question: nothing is written.
+    ui.messages.clear();
+    ui.messageAnswers.push_back(MessageResult::no);
+    ui.fileAnswers.push_back(dir.path("n.gif"));
+    form().m.mnuJPG->trigger();
+    EXPECT_EQ(ui.messages.size(), 1u);
+    EXPECT_FALSE(fs::exists(dir.path("n.gif")));
+}
+
+TEST_F(OutputTest, GifLargerThanItsWindowOffersBmpAndTheDialogAgain) {
+    makeMontage();
+    form().montageWindow()->resize(10, 10);
+    ui.fileAnswers.push_back(dir.path("big.gif"));
+    ui.fileAnswers.push_back(std::nullopt);  // the second dialog is cancelled
+    ui.messageAnswers = {MessageResult::yes, MessageResult::yes};
+    form().m.mnuJPG->trigger();
+    ASSERT_EQ(ui.messages.size(), 2u);
+    EXPECT_EQ(ui.messages[1].text,
+              "The .GIF format will only allow the saving of screen size images.   Your image is "
+              "larger than this  (40x30).    The best format is .BMP which allows you to save the "
+              "whole image.   Do you want to change to .BMP?");
+    EXPECT_EQ(ui.messages[1].title, "You can always save under both formats");
+    EXPECT_EQ(ui.messages[1].icon, MessageIcon::question);
+    ASSERT_EQ(ui.fileRequests.size(), 2u);
+    EXPECT_EQ(ui.fileRequests[1].fileName, dir.path("big"));
+    EXPECT_FALSE(fs::exists(dir.path("big.gif")));
+}
+
+TEST_F(OutputTest, ClipboardTakesTheMainMontageFromAMethodWindow) {
+    makeMontage();
+    form().m.mnucopy->trigger();
+    ASSERT_EQ(ui.clipboard.size(), 1u);
+    EXPECT_EQ(ui.clipboard[0], montage());
+    FormMontagePicture* method = form().methodWindow(0);
+    method->PictureFile->setPicture(testing::patternPicture(5, 5, 1));
+    method->mnucopy->trigger();
+    EXPECT_EQ(ui.clipboard.back(), montage());
+    form().pictureWindow(1)->mnucopy->trigger();
+    EXPECT_EQ(ui.clipboard.back(), form().pictureWindow(1)->PictureFile->picture());
+}
+
+TEST_F(OutputTest, EditorGetsATemporaryBmpThatGoesAfterTheWait) {
+    makeMontage();
+    std::string seen;
+    FormMontagePicture* method = form().methodWindow(1);
+    method->PictureFile->setPicture(testing::patternPicture(7, 6, 2));
+    method->mnuEditor->trigger();
+    ASSERT_EQ(ui.opened.size(), 1u);
+    const std::string name = ui.opened[0];
+    EXPECT_EQ(name, state.outputFileName);
+    EXPECT_EQ(name.rfind(privateTemporaryFolder() + "qvztemp", 0), 0u);
+    EXPECT_EQ(name.substr(name.size() - 4), ".bmp");
+    EXPECT_FALSE(fs::exists(name));
+    EXPECT_TRUE(ui.messages.empty());
+}
+
+TEST(PrintRectangle, ThreeSizes) {
+    const QSizeF picture(300, 200);
+    const QSizeF page(1000.7, 1400.2);
+    EXPECT_EQ(printRectangle(0, picture, page), QRectF(0, 0, 300, 200));
+    EXPECT_EQ(printRectangle(1, picture, page), QRectF(0, 0, 950, 1330));
+    EXPECT_EQ(printRectangle(2, picture, page), QRectF(0, 0, 500, 700));
+}
+
+TEST_F(OutputTest, PrintingToPdfAndCancel) {
+    makeMontage();
+    ui.printerAnswers.push_back(dir.path("fit.pdf"));
+    form().m.mnuPrint->trigger();
+    const std::string pdf = testing::readBytes(dir.path("fit.pdf"));
+    EXPECT_EQ(pdf.substr(0, 4), "%PDF");
+    EXPECT_NE(pdf.find("/Width 40"), std::string::npos);
+    EXPECT_NE(pdf.find("/Height 30"), std::string::npos);
+    ui.printerAnswers.push_back(std::nullopt);
+    form().m.mnuPrintHalf->trigger();
+    EXPECT_TRUE(ui.messages.empty());
+}
+
+TEST_F(OutputTest, PrintingASourceHidesItsMarkAndBringsItBack) {
+    makeMontage();
+    FormPicture* picture = form().pictureWindow(1);
+    picture->PictureFile->setMarksVisible(true);
+    bool visibleWhilePrinting = true;
+    ui.duringDialog = [&] { visibleWhilePrinting = picture->PictureFile->marksVisible(); };
+    ui.printerAnswers.push_back(dir.path("source.pdf"));
+    picture->mnuPrint100->trigger();
+    EXPECT_FALSE(visibleWhilePrinting);
+    EXPECT_TRUE(picture->PictureFile->marksVisible());
+    EXPECT_EQ(testing::readBytes(dir.path("source.pdf")).substr(0, 4), "%PDF");
+    ui.printerAnswers.push_back(std::nullopt);  // a cancel restores them too
+    picture->mnuPrint->trigger();
+    EXPECT_TRUE(picture->PictureFile->marksVisible());
+}
+
+}  // namespace
+}  // namespace lumiquilt
