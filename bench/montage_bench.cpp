@@ -25,6 +25,7 @@
 
 #include "core/program_state.h"
 #include "engine/montage_run.h"
+#include "output/gif_encoder.h"
 #include "series/picture_io.h"
 #include "series/series_decode.h"
 #include "series/series_name.h"
@@ -137,6 +138,30 @@ void benchSeries(const QImage& photo, int count, int width, int height, bool qui
     const std::string out = (dir.path() + "/out.jpg").toStdString();
     const double writing = seconds([&] { savePicture(montage, out); }, repeats);
     row("writing JPEG", writing, decodeOne / count, "decoding one file");
+
+    // The GIF encoder, stage by stage, against writing the same picture as JPEG.
+    IndexedPicture indexed;
+    const double mapping = seconds([&] { indexed = mapToHalftone(viewOf(montage)); }, repeats);
+    std::string gifBytes;
+    const double lzw = seconds(
+        [&] {
+            gifBytes.clear();
+            GIF gif;
+            gif.encode(indexed, [&gifBytes](const uint8_t* d, std::size_t n) {
+                gifBytes.append(reinterpret_cast<const char*>(d), n);
+                return true;
+            });
+        },
+        repeats);
+    const double gifFile = seconds(
+        [&] {
+            GIF gif;
+            gif.SaveGIF(mapToHalftone(viewOf(montage)), (dir.path() + "/out.gif").toStdString());
+        },
+        repeats);
+    row("GIF palette mapping", mapping, writing, "writing JPEG");
+    row("GIF LZW and packing", lzw, writing, "writing JPEG");
+    row("GIF file, whole", gifFile, writing, "writing JPEG");
 
     // The whole run is the real program in a process of its own, start-up included.
     const QString cli = QCoreApplication::applicationDirPath() + "/lumiquilt-cli";

@@ -399,6 +399,13 @@ FormUsed* FormMontage::methodUsedWindow(int i) {
     return window;
 }
 
+FormStatus* FormMontage::statusWindow() {
+    if (m_statusWindow == nullptr) {
+        m_statusWindow = new FormStatus(this);
+    }
+    return m_statusWindow;
+}
+
 void FormMontage::mnusimpleCol_Click(int index) {
     for (QAction* entry : m.mnusimpleCol) {
         entry->setChecked(false);

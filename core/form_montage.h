@@ -99,6 +99,7 @@ class FormMontage : public QMainWindow {
     FormMontagePicture* methodWindow(int i);
     bool hasMethodWindow(int i) const { return m_methodWindows[static_cast<size_t>(i)] != nullptr; }
     FormUsed* methodUsedWindow(int i);
+    FormStatus* statusWindow();
 
     // Commands.
     void CommandGo_Click();
@@ -205,6 +206,7 @@ class FormMontage : public QMainWindow {
     FormUsed* m_usedWindow = nullptr;
     std::array<FormMontagePicture*, 8> m_methodWindows{};
     std::array<FormUsed*, 8> m_methodUsedWindows{};
+    FormStatus* m_statusWindow = nullptr;
 
     struct DesignPlace {
         QWidget* control;

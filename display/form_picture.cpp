@@ -157,6 +157,15 @@ FormUsed::FormUsed(QWidget* owner) : QWidget(owner, Qt::Window) {
     LabelUsed->setAlignment(Qt::AlignLeft | Qt::AlignTop);
 }
 
+FormStatus::FormStatus(QWidget* owner) : QWidget(owner, Qt::Window | Qt::FramelessWindowHint) {
+    setAutoFillBackground(true);
+    LabelStatus = new QLabel("Image 1 = ", this);
+    QFont font("Times New Roman");
+    font.setPointSize(9);
+    LabelStatus->setFont(font);
+    LabelStatus->move(0, 0);
+}
+
 void FormUsed::unload() {
     hide();
     LabelUsed->clear();

@@ -123,4 +123,13 @@ class FormUsed : public QWidget {
     void unload();
 };
 
+/// The thin strip that lists where the target marks stand.
+class FormStatus : public QWidget {
+    Q_OBJECT
+  public:
+    explicit FormStatus(QWidget* owner);
+
+    QLabel* LabelStatus = nullptr;
+};
+
 }  // namespace lumiquilt
