@@ -492,32 +492,14 @@ void FormMontage::mnuWindow2_Click(int index) {
     }
 }
 
-void FormMontage::removeWindowEntry(const QString& caption) {
-    int found = 0;
-    for (int i = 1; i <= 12; ++i) {
-        if (m.mnuWindow[static_cast<size_t>(i)]->text() == caption) {
-            found = i;
-            break;
-        }
-    }
-    if (found == 0) {
-        return;
-    }
-    for (int j = found; j <= 11; ++j) {
-        if (!m.mnuWindow[static_cast<size_t>(j + 1)]->isVisible()) {
-            m.mnuWindow[static_cast<size_t>(j)]->setVisible(false);
-            return;
-        }
-        m.mnuWindow[static_cast<size_t>(j)]->setText(
-            m.mnuWindow[static_cast<size_t>(j + 1)]->text());
-    }
-    m.mnuWindow[12]->setVisible(false);
-}
+namespace {
 
-void FormMontage::removeWindow2Entry(const QString& caption) {
+// Takes the entry of a closed window out of entries[first..last]: the first entry
+// with its caption takes the next one's caption, and so on up to the last shown.
+void removeEntry(QAction* const* entries, int first, int last, const QString& caption) {
     int found = -1;
-    for (int i = 0; i <= 8; ++i) {
-        if (m.mnuWindow2[static_cast<size_t>(i)]->text() == caption) {
+    for (int i = first; i <= last; ++i) {
+        if (entries[i]->text() == caption) {
             found = i;
             break;
         }
@@ -525,15 +507,24 @@ void FormMontage::removeWindow2Entry(const QString& caption) {
     if (found < 0) {
         return;
     }
-    for (int j = found; j <= 7; ++j) {
-        if (!m.mnuWindow2[static_cast<size_t>(j + 1)]->isVisible()) {
-            m.mnuWindow2[static_cast<size_t>(j)]->setVisible(false);
+    for (int j = found; j < last; ++j) {
+        if (!entries[j + 1]->isVisible()) {
+            entries[j]->setVisible(false);
             return;
         }
-        m.mnuWindow2[static_cast<size_t>(j)]->setText(
-            m.mnuWindow2[static_cast<size_t>(j + 1)]->text());
+        entries[j]->setText(entries[j + 1]->text());
     }
-    m.mnuWindow2[8]->setVisible(false);
+    entries[last]->setVisible(false);
+}
+
+}  // namespace
+
+void FormMontage::removeWindowEntry(const QString& caption) {
+    removeEntry(m.mnuWindow.data(), 1, 12, caption);
+}
+
+void FormMontage::removeWindow2Entry(const QString& caption) {
+    removeEntry(m.mnuWindow2.data(), 0, 8, caption);
 }
 
 void FormMontage::mnuHelp_Click() {

@@ -175,6 +175,9 @@ class FormMontage : public QMainWindow {
     void removeWindowEntry(const QString& caption);
     void removeWindow2Entry(const QString& caption);
 
+    /// True when the main montage window shows a montage; otherwise tells the user
+    /// there is none to `verb` ("save", "copy", "edit", "print").
+    bool montageOnView(const char* verb);
     void connectPictureCommands(FormPicture* window);
     void connectMontageCommands(FormMontagePicture* window);
     /// Waits outsideProgramWait seconds with the window queue running.

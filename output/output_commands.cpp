@@ -18,8 +18,6 @@ namespace lumiquilt {
 
 namespace {
 
-constexpr const char* kMakeOneTitle = "Make one, then try again";
-
 double randomUnit() {
     static std::mt19937 generator{std::random_device{}()};
     return std::uniform_real_distribution<double>(0.0, 1.0)(generator);
@@ -70,13 +68,19 @@ void FormMontage::waitForOutsideProgram() {
     }
 }
 
-void FormMontage::mnuJPG_Click() {
-    if (m_montageWindow == nullptr || !m_montageWindow->isVisible()) {
-        m_ui.messageBox("You have not got a Montage image to save.", kMakeOneTitle,
-                        MessageIcon::critical);
-        return;
+bool FormMontage::montageOnView(const char* verb) {
+    if (m_montageWindow != nullptr && m_montageWindow->isVisible()) {
+        return true;
     }
-    SaveAsSub(m_montageWindow, " montage");
+    m_ui.messageBox(std::string("You have not got a Montage image to ") + verb + ".",
+                    "Make one, then try again", MessageIcon::critical);
+    return false;
+}
+
+void FormMontage::mnuJPG_Click() {
+    if (montageOnView("save")) {
+        SaveAsSub(m_montageWindow, " montage");
+    }
 }
 
 void FormMontage::SaveAsSub(PictureWindow* window, const std::string& suffix) {
@@ -170,12 +174,9 @@ void FormMontage::SaveAsSub(PictureWindow* window, const std::string& suffix) {
 }
 
 void FormMontage::mnucopy_Click() {
-    if (m_montageWindow == nullptr || !m_montageWindow->isVisible()) {
-        m_ui.messageBox("You have not got a Montage image to copy.", kMakeOneTitle,
-                        MessageIcon::critical);
-        return;
+    if (montageOnView("copy")) {
+        copyToClipboard(m_montageWindow);
     }
-    copyToClipboard(m_montageWindow);
 }
 
 void FormMontage::copyToClipboard(const PictureWindow* source) {
@@ -183,12 +184,9 @@ void FormMontage::copyToClipboard(const PictureWindow* source) {
 }
 
 void FormMontage::mnuEditor_Click() {
-    if (m_montageWindow == nullptr || !m_montageWindow->isVisible()) {
-        m_ui.messageBox("You have not got a Montage image to edit.", kMakeOneTitle,
-                        MessageIcon::critical);
-        return;
+    if (montageOnView("edit")) {
+        openInEditor(m_montageWindow);
     }
-    openInEditor(m_montageWindow);
 }
 
 void FormMontage::openInEditor(const PictureWindow* source) {

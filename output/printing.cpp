@@ -28,12 +28,9 @@ QRectF printRectangle(int size, QSizeF pictureSize, QSizeF pageSize) {
 }
 
 void FormMontage::mnuPrint_Click(PrintSize size) {
-    if (m_montageWindow == nullptr || !m_montageWindow->isVisible()) {
-        m_ui.messageBox("You have not got a Montage image to print.", "Make one, then try again",
-                        MessageIcon::critical);
-        return;
+    if (montageOnView("print")) {
+        printPicture(m_montageWindow, size);
     }
-    printPicture(m_montageWindow, size);
 }
 
 void FormMontage::printPicture(const PictureWindow* source, PrintSize size, FormPicture* marksOf) {
