@@ -207,10 +207,16 @@ void FormMontage::runCreateImage() {
                              });
 
             stage = kStageBlockLoop;
-            runBlockLoop(s, offsets.rowShift, [this](int16_t) {
-                // The progress preview draws its row here; the run yields once a row.
-                yieldEvents();
-            });
+            runBlockLoop(
+                s, offsets.rowShift,
+                [this](int16_t) {
+                    // The progress preview draws its row here; the run yields once a row.
+                    yieldEvents();
+                },
+                [this](const RuntimeError& error, int measureStage) {
+                    showGeneralMessage(error.number(), error.description(), measureStage,
+                                       "gotFocusMeasure");
+                });
 
             stage = kStageLoopEnd;
             FormMontagePicture* montage = montageWindow();

@@ -63,25 +63,49 @@ int selectedMethod(const std::array<Flag, kMethodCount>& methodChecked) {
     return -1;
 }
 
+MeasureContext::MeasureContext(const ProgramState& state, MeasureErrorFn onError)
+    : m_state(state),
+      m_onError(std::move(onError)),
+      m_method(selectedMethod(state.methodChecked)),
+      m_series(state.buffers.seriesPixels.data()),
+      m_rowBytes(state.buffers.seriesRowBytes()),
+      m_imageBytes(state.buffers.seriesRowBytes() *
+                   static_cast<std::size_t>(state.buffers.seriesMaxY + 1)) {}
+
+float MeasureContext::measure(int16_t x, int16_t y, int16_t k, int16_t& sampleX, int16_t& sampleY,
+                              bool& written) const {
+    written = false;
+    if (m_state.isIgnored(k)) {
+        return kNoMeasure;
+    }
+    try {
+        sampleX =
+            checkedInt16(static_cast<long long>(m_state.offsetX(k)) - m_state.offsetBaseX + x);
+        sampleY =
+            checkedInt16(static_cast<long long>(m_state.offsetBaseY) - m_state.offsetY(k) + y);
+    } catch (const RuntimeError& error) {
+        if (m_onError) {
+            m_onError(error, kStageSamplePosition);
+        }
+        return kNoMeasure;
+    }
+    written = true;
+    if (sampleX < 0 || sampleY < 0 || m_method < 0) {
+        return kNoMeasure;
+    }
+    const PixelBuffers& b = m_state.buffers;
+    if (sampleX > b.seriesMaxX || sampleY > b.seriesMaxY || k > b.seriesMaxImage) {
+        return exposureMeasure(m_method, 0, 0, 0);
+    }
+    const uint8_t* p = m_series + static_cast<std::size_t>(k - 1) * m_imageBytes +
+                       static_cast<std::size_t>(sampleY) * m_rowBytes +
+                       static_cast<std::size_t>(sampleX) * 3;
+    return exposureMeasure(m_method, p[2], p[1], p[0]);
+}
+
 float gotFocusMeasure(const ProgramState& state, int16_t x, int16_t y, int16_t k, int16_t& sampleX,
                       int16_t& sampleY, bool& written) {
-    written = false;
-    if (state.isIgnored(k)) {
-        return kNoMeasure;
-    }
-    sampleX = checkedInt16(static_cast<long long>(state.offsetX(k)) - state.offsetBaseX + x);
-    sampleY = checkedInt16(static_cast<long long>(state.offsetBaseY) - state.offsetY(k) + y);
-    written = true;
-    if (sampleX < 0 || sampleY < 0) {
-        return kNoMeasure;
-    }
-    const int method = selectedMethod(state.methodChecked);
-    if (method < 0) {
-        return kNoMeasure;
-    }
-    const PixelBuffers& b = state.buffers;
-    return exposureMeasure(method, b.redAt(sampleX, sampleY, k), b.greenAt(sampleX, sampleY, k),
-                           b.blueAt(sampleX, sampleY, k));
+    return MeasureContext(state).measure(x, y, k, sampleX, sampleY, written);
 }
 
 }  // namespace lumiquilt

@@ -109,7 +109,8 @@ int16_t nextCounter(int16_t value, int16_t step) {
 
 }  // namespace
 
-void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDone) {
+void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDone,
+                  const MeasureErrorFn& onMeasureError) {
     PixelBuffers& b = state.buffers;
     const int16_t increment = state.increment;
     if (increment < 1) {
@@ -118,6 +119,7 @@ void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDo
     const int16_t yLimit = toInt16(state.imageHeight);
     const int16_t xLimit = toInt16(state.imageWidth - 1);
     const int16_t imageCount = std::min<int16_t>(state.imageCount, b.seriesMaxImage);
+    const MeasureContext measures(state, onMeasureError);
 
     for (int16_t y0 = 0; y0 <= yLimit;) {
         for (int16_t x0 = 0; x0 <= xLimit;) {
@@ -130,9 +132,8 @@ void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDo
                 int16_t sx = wx;
                 int16_t sy = wy;
                 bool written = false;
-                const float measure =
-                    gotFocusMeasure(state, x0, checkedInt16(static_cast<long long>(y0) + rowShift),
-                                    k, sx, sy, written);
+                const float measure = measures.measure(
+                    x0, checkedInt16(static_cast<long long>(y0) + rowShift), k, sx, sy, written);
                 if (measure > best) {
                     winner = k;
                     best = measure;

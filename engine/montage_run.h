@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/program_state.h"
+#include "engine/measures.h"
 #include "series/pixel_buffers.h"
 
 namespace lumiquilt {
@@ -57,8 +58,10 @@ void loadMethodPixelBuffers(ProgramState& state, const std::vector<PictureView>&
 using BlockRowFn = std::function<void(int16_t y0)>;
 
 /// The block loop: for each block corner, the image with the strictly highest
-/// measure (the lower number on a tie) gives the whole block to slot 100.
-void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDone);
+/// measure (the lower number on a tie) gives the whole block to slot 100. A failure
+/// of a measure is told to onMeasureError and the loop goes on.
+void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDone,
+                  const MeasureErrorFn& onMeasureError = nullptr);
 
 /// The smoothing step behind the hidden commands and the "autoSmooth" setting.
 /// It changes no pixel; slot is a method window's number or 999 for the main one.

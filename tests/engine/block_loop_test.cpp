@@ -185,6 +185,22 @@ TEST(BlockLoop, OffsetsShiftTheSampleAndTheCopy) {
     EXPECT_EQ(sourceOf(s, 6, 0), 0);
 }
 
+TEST(BlockLoop, SamplePositionBeyondSixteenBitsIsToldAndPassedOver) {
+    ProgramState s = makeState(8, 8, 2, 4);
+    fillImage(s, 1, 10, 0, 0);
+    fillImage(s, 2, 20, 0, 0);
+    s.offsetX(2) = 32767;  // x + 32767 leaves 16 bits from x = 1 on
+    s.increment = 4;
+    std::vector<int> stages;
+    runBlockLoop(s, 0, nullptr, [&](const RuntimeError& e, int stage) {
+        EXPECT_EQ(e.number(), 6);
+        stages.push_back(stage);
+    });
+    EXPECT_EQ(stages.size(), 3u);  // blocks at x = 4 in rows 0, 4 and 8
+    EXPECT_EQ(stages.front(), 9000);
+    EXPECT_EQ(sourceOf(s, 5, 1), 1);  // image 2 sat those blocks out
+}
+
 TEST(BlockLoop, ImageOfAnotherSizeIsReadInImageOnesFrame) {
     // The frame is image 1's; a larger image 2 was cut to it when loaded.
     ProgramState s = makeState(4, 4, 2, 4);
