@@ -271,10 +271,8 @@ class MontageRun {
     }
 
     QImage montagePicture() const {
-        const PixelBuffers& b = m_state.buffers;
-        return pictureFromFrame(b.montageSlot(PixelBuffers::kFirstMontageSlot), b.montageMaxX + 1,
-                                b.montageMaxY + 1, static_cast<int>(m_state.imageWidth),
-                                static_cast<int>(m_state.imageHeight));
+        return paintMontage(m_state.buffers, static_cast<int>(m_state.imageWidth),
+                            static_cast<int>(m_state.imageHeight));
     }
 
     float score() const {

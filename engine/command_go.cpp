@@ -220,10 +220,8 @@ void FormMontage::runCreateImage() {
 
             stage = kStageLoopEnd;
             FormMontagePicture* montage = montageWindow();
-            montage->PictureFile->setPicture(
-                pictureFromFrame(s.buffers.montageSlot(PixelBuffers::kFirstMontageSlot),
-                                 s.buffers.montageMaxX + 1, s.buffers.montageMaxY + 1,
-                                 static_cast<int>(s.imageWidth), static_cast<int>(s.imageHeight)));
+            montage->PictureFile->setPicture(paintMontage(s.buffers, static_cast<int>(s.imageWidth),
+                                                          static_cast<int>(s.imageHeight)));
             montage->show();
             montage->raise();
         }

@@ -76,6 +76,12 @@ void loadMethodPixelBuffers(ProgramState& state, const std::vector<PictureView>&
     }
 }
 
+void loadPreviewBuffer(ProgramState& state, const PictureView& preview) {
+    PixelBuffers& b = state.buffers;
+    b.sizePreview(preview.width, preview.height);
+    readPictureIntoFrame(preview, b.previewPixels.data(), b.previewMaxX + 1, b.previewMaxY + 1);
+}
+
 namespace {
 
 // Copies the part of one block that lies inside both buffers. The bounds of the

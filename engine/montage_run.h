@@ -54,6 +54,10 @@ void loadPixelBuffers(ProgramState& state, const PictureView& montage, int monta
 /// Reloads the method windows' pictures into slots 100 to 106 (mode 1).
 void loadMethodPixelBuffers(ProgramState& state, const std::vector<PictureView>& methodPictures);
 
+/// Sizes previewPixels by the padding rule from the preview picture's size and reads
+/// the picture in at its real size, not the padded one.
+void loadPreviewBuffer(ProgramState& state, const PictureView& preview);
+
 /// Called after each finished row of blocks with the row's first buffer row.
 using BlockRowFn = std::function<void(int16_t y0)>;
 

@@ -96,6 +96,16 @@ QImage pictureFromFrame(const uint8_t* frame, int frameWidth, int frameHeight, i
     return image;
 }
 
+QImage paintMontage(const PixelBuffers& buffers, int width, int height) {
+    return pictureFromFrame(buffers.montageSlot(PixelBuffers::kFirstMontageSlot),
+                            buffers.montageMaxX + 1, buffers.montageMaxY + 1, width, height);
+}
+
+QImage paintPreview(const PixelBuffers& buffers, int width, int height) {
+    return pictureFromFrame(buffers.previewPixels.data(), buffers.previewMaxX + 1,
+                            buffers.previewMaxY + 1, width, height);
+}
+
 void savePicture(const QImage& image, const std::string& fileName, const char* forced) {
     constexpr int kJpegQuality = 90;
     const QString name = QString::fromStdString(fileName);
@@ -132,9 +142,11 @@ void savePicture(const QImage& image, const std::string& fileName, const char* f
         writer.setQuality(kJpegQuality);
     }
     if (!writer.write(image)) {
+        // A writer that fails on a file it could open ran out of room.
+        const bool deviceFailed =
+            writer.error() == QImageWriter::DeviceError || file.error() != QFileDevice::NoError;
         file.cancelWriting();
-        throw RuntimeError(writer.error() == QImageWriter::DeviceError ? kDiskFull
-                                                                       : kPathFileAccessError);
+        throw RuntimeError(deviceFailed ? kDiskFull : kPathFileAccessError);
     }
     if (!file.commit()) {
         throw RuntimeError(kDiskFull);

@@ -19,6 +19,13 @@ PictureView viewOf(const QImage& image);
 QImage pictureFromFrame(const uint8_t* frame, int frameWidth, int frameHeight, int width,
                         int height);
 
+/// The montage as its window shows it: the picture of width by height that slot 100
+/// paints, the padded frame put down one to one and cut to the picture.
+QImage paintMontage(const PixelBuffers& buffers, int width, int height);
+
+/// The preview picture of width by height from previewPixels.
+QImage paintPreview(const PixelBuffers& buffers, int width, int height);
+
 /// Writes a picture as BMP, PNG or JPEG by the name's extension (or as `format`,
 /// "BMP", "PNG" or "JPEG", whatever the name), through a temporary file beside the
 /// target. Throws RuntimeError on failure; the target stays as it was.

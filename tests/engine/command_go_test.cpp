@@ -134,6 +134,25 @@ TEST_F(CreateImageTest, InvalidPictureStopsTheRun) {
     EXPECT_EQ(form().textFileName->text(), "s1.png");
 }
 
+TEST_F(CreateImageTest, FirstFileThatIsNoPictureOrAFolder) {
+    testing::writeBytes(dir.path("x1.jpg"), "not a picture");
+    create(dir.path("x1.jpg"));
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().title, "Try a different format");
+    EXPECT_EQ(state.imageCount, 0);
+    EXPECT_FALSE(form().montageWindow()->isVisible());
+
+    std::filesystem::create_directories(dir.path("folder1.jpg"));
+    create(dir.path("folder1.jpg"));
+    EXPECT_EQ(lastMessage().text, "So very sorry, but I can't find that file.");
+
+    const std::string longName = dir.path(std::string(300, 'n') + "1.jpg");
+    create(longName);
+    EXPECT_EQ(lastMessage().text, "So very sorry, but I can't find that file.");
+    EXPECT_EQ(ui.messages.size(), 3u);
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+}
+
 TEST_F(CreateImageTest, ImageOfAnotherSizeIsReportedAndCut) {
     testing::savePictureFile(testing::patternPicture(40, 30, 1), dir.path("d1.png"));
     testing::savePictureFile(testing::patternPicture(64, 48, 2), dir.path("d2.png"));

@@ -121,3 +121,52 @@ TEST_F(ProfileFileTest, UnwritableFolderFailsWithoutTouchingTheFile) {
 
 }  // namespace
 }  // namespace lumiquilt
+
+#include "output/gif_encoder.h"
+#include "support/full_disk.h"
+
+namespace lumiquilt {
+namespace {
+
+TEST_F(ProfileFileTest, FullDiskLeavesTheOldFileWhole) {
+    put("[preferences]\nIncrement=20\n");
+    const int error = testing::withFullDisk(64, [this] {
+        try {
+            writeProfileString(m_path, "preferences", "filename", std::string(500, 'x'));
+            return 0;
+        } catch (const RuntimeError& e) {
+            return e.number();
+        }
+    });
+    EXPECT_EQ(error, 61);
+    EXPECT_EQ(content(), "[preferences]\nIncrement=20\n");
+    for (const auto& entry : fs::directory_iterator(m_dir)) {
+        EXPECT_EQ(entry.path().filename(), "Lumiquilt.ini");
+    }
+}
+
+TEST_F(ProfileFileTest, GifOnAFullDiskLeavesTheOldFileWhole) {
+    const std::string target = (m_dir / "old.gif").string();
+    std::ofstream(target) << "old picture";
+    IndexedPicture picture;
+    picture.width = 200;
+    picture.height = 200;
+    picture.indices.assign(40000, 7);
+    const int error = testing::withFullDisk(2000, [&] {
+        try {
+            GIF gif;
+            gif.SaveGIF(picture, target);
+            return 0;
+        } catch (const RuntimeError& e) {
+            return e.number();
+        }
+    });
+    EXPECT_EQ(error, 61);
+    std::ifstream in(target);
+    std::string text;
+    std::getline(in, text);
+    EXPECT_EQ(text, "old picture");
+}
+
+}  // namespace
+}  // namespace lumiquilt

@@ -6,7 +6,9 @@
 
 #include <filesystem>
 
+#include "core/program_state.h"
 #include "core/runtime_error.h"
+#include "engine/montage_run.h"
 #include "support/test_pictures.h"
 
 namespace lumiquilt {
@@ -103,6 +105,69 @@ TEST(PictureFromFrame, IsTheReverseOfTheBufferTransfer) {
     const QImage back =
         pictureFromFrame(b.montageSlot(100), b.montageMaxX + 1, b.montageMaxY + 1, 6, 3);
     EXPECT_EQ(back, picture);
+}
+
+}  // namespace
+}  // namespace lumiquilt
+
+namespace lumiquilt {
+namespace {
+
+TEST(PreviewBuffer, TakesThePaddedSizeAndPaintsBackTheRealOne) {
+    // A 159 by 158 preview: bounds 159 and 159, read and painted at its real size.
+    const QImage preview =
+        testing::patternPicture(159, 158, 8).convertToFormat(QImage::Format_BGR888);
+    ProgramState state;
+    loadPreviewBuffer(state, viewOf(preview));
+    EXPECT_EQ(state.buffers.previewMaxX, 159);
+    EXPECT_EQ(state.buffers.previewMaxY, 159);
+    EXPECT_EQ(state.buffers.previewPixels.size(), 160u * 160 * 3);
+    EXPECT_EQ(paintPreview(state.buffers, 159, 158), preview);
+}
+
+TEST(MethodPixelBuffers, ReloadSlotsOneHundredToOneHundredSix) {
+    ProgramState state;
+    state.buffers.sizeMontage(6, 4);
+    std::vector<QImage> pictures;
+    std::vector<PictureView> views;
+    for (int i = 0; i < 7; ++i) {
+        pictures.push_back(testing::flatPicture(6, 4, QColor(10 * i, 0, 0)));
+    }
+    for (const QImage& p : pictures) {
+        views.push_back(viewOf(p));
+    }
+    loadMethodPixelBuffers(state, views);
+    for (int i = 0; i < 7; ++i) {
+        EXPECT_EQ(state.buffers.redAt(5, 3, 100 + i), 10 * i);
+    }
+}
+
+}  // namespace
+}  // namespace lumiquilt
+
+#include "support/full_disk.h"
+
+namespace lumiquilt {
+namespace {
+
+TEST(SavePicture, FullDiskLeavesTheOldFileWhole) {
+    testing::TestFolder dir;
+    const std::string target = dir.path("old.bmp");
+    testing::writeBytes(target, "old picture");
+    const QImage picture = testing::patternPicture(300, 200, 1);
+    const int error = testing::withFullDisk(4096, [&] {
+        try {
+            savePicture(picture, target, "BMP");
+            return 0;
+        } catch (const RuntimeError& e) {
+            return e.number();
+        }
+    });
+    EXPECT_EQ(error, 61);
+    EXPECT_EQ(testing::readBytes(target), "old picture");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.root()),
+                            std::filesystem::directory_iterator()),
+              1);
 }
 
 }  // namespace
