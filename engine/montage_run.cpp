@@ -84,27 +84,61 @@ void loadPreviewBuffer(ProgramState& state, const PictureView& preview) {
 
 namespace {
 
-// Copies the part of one block that lies inside both buffers. The bounds of the
-// block are worked out once, so the inner copy is a plain run of bytes a row.
-void copyBlock(PixelBuffers& b, int winner, int x0, int y0, int increment, int dx, int dy) {
-    int pxFirst = std::max(x0, -dx);
-    int pxLast = std::min({x0 + increment - 1, static_cast<int>(b.montageMaxX), b.seriesMaxX - dx});
-    int pyFirst = std::max(y0, -dy);
-    int pyLast = std::min({y0 + increment - 1, static_cast<int>(b.montageMaxY), b.seriesMaxY - dy});
+// The part of one block that lies inside both buffers: montage columns and rows
+// first..last, taken from the winner shifted by (dx, dy).
+struct BlockCopy {
+    const uint8_t* source;  // the winner's sample for montage pixel (pxFirst, pyFirst)
+    int pxFirst;
+    int pyFirst;
+    int pyLast;
+    std::size_t runBytes;
+};
+
+bool clipBlock(const PixelBuffers& b, int winner, int x0, int y0, int increment, int dx, int dy,
+               BlockCopy& copy) {
+    const int pxFirst = std::max(x0, -dx);
+    const int pxLast =
+        std::min({x0 + increment - 1, static_cast<int>(b.montageMaxX), b.seriesMaxX - dx});
+    const int pyFirst = std::max(y0, -dy);
+    const int pyLast =
+        std::min({y0 + increment - 1, static_cast<int>(b.montageMaxY), b.seriesMaxY - dy});
     if (pxFirst > pxLast || pyFirst > pyLast) {
+        return false;
+    }
+    copy.source = b.seriesImage(winner) +
+                  static_cast<std::size_t>(pyFirst + dy) * b.seriesRowBytes() +
+                  3u * static_cast<std::size_t>(pxFirst + dx);
+    copy.pxFirst = pxFirst;
+    copy.pyFirst = pyFirst;
+    copy.pyLast = pyLast;
+    copy.runBytes = 3u * static_cast<std::size_t>(pxLast - pxFirst + 1);
+    return true;
+}
+
+// Copies a row of blocks a montage row at a time, so that the writes run along
+// memory as a plain copy's do; blocks never overlap, so the order is free.
+void copyBlockRow(PixelBuffers& b, const std::vector<BlockCopy>& copies) {
+    if (copies.empty()) {
         return;
     }
-    const std::size_t runBytes = 3u * static_cast<std::size_t>(pxLast - pxFirst + 1);
+    int first = copies.front().pyFirst;
+    int last = copies.front().pyLast;
+    for (const BlockCopy& c : copies) {
+        first = std::min(first, c.pyFirst);
+        last = std::max(last, c.pyLast);
+    }
     const std::size_t montageRow = b.montageRowBytes();
     const std::size_t seriesRow = b.seriesRowBytes();
-    uint8_t* dst = b.montageSlot(PixelBuffers::kFirstMontageSlot) +
-                   static_cast<std::size_t>(pyFirst) * montageRow +
-                   3u * static_cast<std::size_t>(pxFirst);
-    const uint8_t* src = b.seriesImage(winner) +
-                         static_cast<std::size_t>(pyFirst + dy) * seriesRow +
-                         3u * static_cast<std::size_t>(pxFirst + dx);
-    for (int py = pyFirst; py <= pyLast; ++py, dst += montageRow, src += seriesRow) {
-        std::memcpy(dst, src, runBytes);
+    uint8_t* montage = b.montageSlot(PixelBuffers::kFirstMontageSlot);
+    for (int py = first; py <= last; ++py) {
+        uint8_t* row = montage + static_cast<std::size_t>(py) * montageRow;
+        for (const BlockCopy& c : copies) {
+            if (py >= c.pyFirst && py <= c.pyLast) {
+                std::memcpy(row + 3u * static_cast<std::size_t>(c.pxFirst),
+                            c.source + static_cast<std::size_t>(py - c.pyFirst) * seriesRow,
+                            c.runBytes);
+            }
+        }
     }
 }
 
@@ -126,8 +160,10 @@ void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDo
     const int16_t xLimit = toInt16(state.imageWidth - 1);
     const int16_t imageCount = std::min<int16_t>(state.imageCount, b.seriesMaxImage);
     const MeasureContext measures(state, onMeasureError);
+    std::vector<BlockCopy> copies;
 
     for (int16_t y0 = 0; y0 <= yLimit;) {
+        copies.clear();
         for (int16_t x0 = 0; x0 <= xLimit;) {
             float best = kBestStart;
             int winner = 0;
@@ -152,14 +188,26 @@ void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDo
             }
             // A winner that only won because every image was ignored has no sample
             // position: its block is left as it was.
-            if (winner > 0 && winnerHasSample) {
-                copyBlock(b, winner, x0, y0, increment, wx - x0, wy - y0);
+            BlockCopy copy{};
+            if (winner > 0 && winnerHasSample &&
+                clipBlock(b, winner, x0, y0, increment, wx - x0, wy - y0, copy)) {
+                // A block that goes on where its left neighbour's source ends joins it.
+                BlockCopy* last = copies.empty() ? nullptr : &copies.back();
+                if (last != nullptr && last->source + last->runBytes == copy.source &&
+                    3u * static_cast<std::size_t>(last->pxFirst) + last->runBytes ==
+                        3u * static_cast<std::size_t>(copy.pxFirst) &&
+                    last->pyFirst == copy.pyFirst && last->pyLast == copy.pyLast) {
+                    last->runBytes += copy.runBytes;
+                } else {
+                    copies.push_back(copy);
+                }
             }
             if (x0 > xLimit - increment) {
                 break;
             }
             x0 = nextCounter(x0, increment);
         }
+        copyBlockRow(b, copies);
         if (rowDone) {
             rowDone(y0);
         }
