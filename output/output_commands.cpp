@@ -55,8 +55,27 @@ void FormMontage::connectMontageCommands(FormMontagePicture* w) {
             [this] { printPicture(montageWindow(), PrintSize::fitToPage); });
     connect(w->mnuPrintHalf, &QAction::triggered, this,
             [this] { printPicture(montageWindow(), PrintSize::halfPage); });
-    connect(w->mnuSmooth, &QAction::triggered, this,
-            [this] { smoothMontage(m_state.buffers, 999, kTrue); });
+    connect(w->mnuSmooth, &QAction::triggered, this, [this, w] {
+        // A method window is found by its caption, and the seven method pictures are
+        // read into their slots before the step.
+        if (w == m_montageWindow || w->Caption() == montageWindow()->Caption()) {
+            smoothMontage(m_state.buffers, 999, kTrue);
+            return;
+        }
+        for (int i = 0; i < static_cast<int>(m_methodWindows.size()); ++i) {
+            if (m_methodWindows[static_cast<size_t>(i)] == nullptr ||
+                m_methodWindows[static_cast<size_t>(i)]->Caption() != w->Caption()) {
+                continue;
+            }
+            std::vector<PictureView> views;
+            for (int slot = 0; slot < 7; ++slot) {
+                views.push_back(viewOf(methodWindow(slot)->PictureFile->picture()));
+            }
+            loadMethodPixelBuffers(m_state, views);
+            smoothMontage(m_state.buffers, i, kTrue);
+            return;
+        }
+    });
 }
 
 void FormMontage::waitForOutsideProgram() {
