@@ -53,7 +53,6 @@ StartupResult startLumiquilt(const std::vector<std::string>& arguments, ProgramS
                              ModalUi& ui, Settings& settings, QSize screenPixels,
                              const StartupHooks& hooks) {
     StartupResult result;
-    s.firstLoadAfterStart = kTrue;
     applyScreenMetrics(s, readScreenMetrics());
     initialiseProgramState(s);
 
