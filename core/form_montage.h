@@ -11,6 +11,7 @@
 #include "core/program_state.h"
 #include "display/form_picture.h"
 #include "display/modal_ui.h"
+#include "engine/montage_run.h"
 #include "persistence/settings.h"
 
 namespace lumiquilt {
@@ -172,6 +173,12 @@ class FormMontage : public QMainWindow {
     void makeBackground();
 
     void runCreateImage();
+    /// The offset step of a run: where the images are aligned, and the row shift.
+    OffsetStep applyOffsetStep();
+    /// Loads the buffers from the windows at the start of the block loop.
+    void startProgressPreview();
+    /// After each row of blocks, with the row's first buffer row.
+    void progressPreviewRow(int16_t y0);
     void removeWindowEntry(const QString& caption);
     void removeWindow2Entry(const QString& caption);
 

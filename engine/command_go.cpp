@@ -44,6 +44,32 @@ void FormMontage::CommandGo_Click() {
     setRunInProgress(false);
 }
 
+OffsetStep FormMontage::applyOffsetStep() {
+    // The target marks and the three display areas come with the offsets; until
+    // then every image samples at the block corner itself.
+    return clearImageOffsets(m_state);
+}
+
+void FormMontage::startProgressPreview() {
+    // The preview window shows itself here once it exists; the buffers it reads are
+    // loaded from the windows either way.
+    ProgramState& s = m_state;
+    std::vector<PictureView> images;
+    for (int k = 1; k <= s.imageCount; ++k) {
+        images.push_back(viewOf(pictureWindow(k)->PictureFile->picture()));
+    }
+    loadPixelBuffers(s, viewOf(montageWindow()->PictureFile->picture()),
+                     static_cast<int>(s.imageWidth), static_cast<int>(s.imageHeight), images,
+                     [this](const std::string& text) {
+                         m_ui.messageBox(text, kDimensionTitle, MessageIcon::critical);
+                     });
+}
+
+void FormMontage::progressPreviewRow(int16_t /*y0*/) {
+    // The preview draws row y0 here once it exists; the run yields once a row.
+    yieldEvents();
+}
+
 void FormMontage::runCreateImage() {
     ProgramState& s = m_state;
     int stage = kStageIncrementCheck;
@@ -183,9 +209,7 @@ void FormMontage::runCreateImage() {
         }
 
         stage = kStageOffsets;
-        // The image offsets come with their own commands; until then every image
-        // samples at the block corner itself.
-        const OffsetStep offsets = clearImageOffsets(s);
+        const OffsetStep offsets = applyOffsetStep();
 
         stage = kStageNoOffsets;
         yieldEvents();
@@ -195,24 +219,11 @@ void FormMontage::runCreateImage() {
             s.montageFromProject = kFalse;
         } else {
             stage = kStageBuffers;
-            std::vector<PictureView> images;
-            for (int k = 1; k <= s.imageCount; ++k) {
-                images.push_back(viewOf(pictureWindow(k)->PictureFile->picture()));
-            }
-            const QImage& blank = montageWindow()->PictureFile->picture();
-            loadPixelBuffers(s, viewOf(blank), static_cast<int>(s.imageWidth),
-                             static_cast<int>(s.imageHeight), images,
-                             [this](const std::string& text) {
-                                 m_ui.messageBox(text, kDimensionTitle, MessageIcon::critical);
-                             });
+            startProgressPreview();
 
             stage = kStageBlockLoop;
             runBlockLoop(
-                s, offsets.rowShift,
-                [this](int16_t) {
-                    // The progress preview draws its row here; the run yields once a row.
-                    yieldEvents();
-                },
+                s, offsets.rowShift, [this](int16_t y0) { progressPreviewRow(y0); },
                 [this](const RuntimeError& error, int measureStage) {
                     showGeneralMessage(error.number(), error.description(), measureStage,
                                        "gotFocusMeasure");
