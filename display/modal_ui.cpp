@@ -92,9 +92,9 @@ std::optional<std::string> QtModalUi::openFileName(const FileDialogRequest& requ
 
 std::optional<std::string> QtModalUi::saveFileName(const FileDialogRequest& request) {
     QString start = q(request.fileName.empty() ? request.initialFolder : request.fileName);
+    // The dialog asks before a file is replaced.
     const QString name = QFileDialog::getSaveFileName(m_parent, q(request.title), start,
-                                                      qtFilterFrom(request.filter), nullptr,
-                                                      QFileDialog::DontConfirmOverwrite);
+                                                      qtFilterFrom(request.filter));
     if (name.isEmpty()) {
         return std::nullopt;
     }
