@@ -5,6 +5,10 @@
 #include <cstring>
 #include <utility>
 
+#if defined(__linux__)
+#include <sys/mman.h>
+#endif
+
 #include "core/numbers.h"
 #include "core/runtime_error.h"
 
@@ -16,32 +20,74 @@ void assignZeroed(SampleBuffer& buffer, std::size_t bytes) {
     buffer.allocateZeroed(bytes);
 }
 
+// Buffers of a photograph's size are mapped in 2 MiB pages where the system offers
+// them: far fewer page faults when the buffer is first written.
+constexpr std::size_t kLargePage = 2u << 20;
+constexpr std::size_t kLargeBuffer = 8u << 20;
+
 }  // namespace
 
 SampleBuffer::SampleBuffer(SampleBuffer&& other) noexcept
-    : m_data(std::exchange(other.m_data, nullptr)), m_size(std::exchange(other.m_size, 0)) {}
+    : m_data(std::exchange(other.m_data, nullptr)),
+      m_size(std::exchange(other.m_size, 0)),
+      m_mapping(std::exchange(other.m_mapping, nullptr)),
+      m_mappingSize(std::exchange(other.m_mappingSize, 0)) {}
 
 SampleBuffer& SampleBuffer::operator=(SampleBuffer&& other) noexcept {
     if (this != &other) {
-        std::free(m_data);
+        release();
         m_data = std::exchange(other.m_data, nullptr);
         m_size = std::exchange(other.m_size, 0);
+        m_mapping = std::exchange(other.m_mapping, nullptr);
+        m_mappingSize = std::exchange(other.m_mappingSize, 0);
     }
     return *this;
 }
 
 SampleBuffer::~SampleBuffer() {
+    release();
+}
+
+void SampleBuffer::release() {
+#if defined(__linux__)
+    if (m_mapping != nullptr) {
+        ::munmap(m_mapping, m_mappingSize);
+    } else {
+        std::free(m_data);
+    }
+#else
     std::free(m_data);
+#endif
+    m_data = nullptr;
+    m_size = 0;
+    m_mapping = nullptr;
+    m_mappingSize = 0;
 }
 
 void SampleBuffer::allocateZeroed(std::size_t bytes) {
-    std::free(m_data);
-    m_data = nullptr;
-    m_size = 0;
+    release();
     if (bytes == 0) {
         return;
     }
-    // calloc hands out fresh zero pages for large blocks without writing them.
+#if defined(__linux__)
+    if (bytes >= kLargeBuffer) {
+        // Fresh anonymous pages are zero; nothing is written until the buffer is used.
+        const std::size_t mappingSize = bytes + kLargePage;
+        void* mapping = ::mmap(nullptr, mappingSize, PROT_READ | PROT_WRITE,
+                               MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (mapping == MAP_FAILED) {
+            throw RuntimeError(kOutOfMemory);
+        }
+        const auto start = reinterpret_cast<std::uintptr_t>(mapping);
+        const std::uintptr_t aligned = (start + kLargePage - 1) & ~(kLargePage - 1);
+        ::madvise(reinterpret_cast<void*>(aligned), bytes, MADV_HUGEPAGE);
+        m_mapping = mapping;
+        m_mappingSize = mappingSize;
+        m_data = reinterpret_cast<uint8_t*>(aligned);
+        m_size = bytes;
+        return;
+    }
+#endif
     m_data = static_cast<uint8_t*>(std::calloc(bytes, 1));
     if (m_data == nullptr) {
         throw RuntimeError(kOutOfMemory);

@@ -26,7 +26,8 @@ struct PictureView {
 };
 
 /// A zero-filled block of bytes. Large blocks come straight from the system as
-/// untouched zero pages, so a slot that is never written costs no time.
+/// untouched zero pages (large pages where offered), so a slot that is never
+/// written costs no time.
 class SampleBuffer {
   public:
     SampleBuffer() = default;
@@ -44,8 +45,12 @@ class SampleBuffer {
     std::size_t size() const { return m_size; }
 
   private:
+    void release();
+
     uint8_t* m_data = nullptr;
     std::size_t m_size = 0;
+    void* m_mapping = nullptr;  ///< set when the block is a mapping of its own
+    std::size_t m_mappingSize = 0;
 };
 
 /// Bound of a padded axis: the size rounded up to a multiple of four, less one.
