@@ -193,6 +193,14 @@ class FormMontage : public QMainWindow {
     /// Lets the window queue run once; throws ProcessEnding once the window closed.
     void yieldEvents();
     void setRunInProgress(bool on);
+    /// Holds the commands off for as long as it lives, whichever way a run ends.
+    struct RunGuard {
+        explicit RunGuard(FormMontage& form) : form(form) { form.setRunInProgress(true); }
+        ~RunGuard() { form.setRunInProgress(false); }
+        RunGuard(const RunGuard&) = delete;
+        RunGuard& operator=(const RunGuard&) = delete;
+        FormMontage& form;
+    };
     void showGeneralMessage(int number, const std::string& description, int stage,
                             const char* routine);
     /// Loads series member k into its window, with its caption, and yields once.

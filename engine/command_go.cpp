@@ -36,12 +36,11 @@ void FormMontage::CommandGo_Click() {
     if (m_runInProgress) {
         return;
     }
-    setRunInProgress(true);
+    const RunGuard guard(*this);
     try {
         runCreateImage();
     } catch (const ProcessEnding&) {
     }
-    setRunInProgress(false);
 }
 
 OffsetStep FormMontage::applyOffsetStep() {

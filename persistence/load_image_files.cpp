@@ -76,7 +76,7 @@ void FormMontage::mnuLoad_Click() {
         return;
     }
     ProgramState& s = m_state;
-    setRunInProgress(true);
+    const RunGuard guard(*this);
     QApplication::setOverrideCursor(Qt::WaitCursor);
     int stage = 0;
     try {
@@ -156,7 +156,6 @@ void FormMontage::mnuLoad_Click() {
     }
     QApplication::restoreOverrideCursor();
     s.firstLoadAfterStart = kFalse;
-    setRunInProgress(false);
 }
 
 void FormMontage::CommandBrowse_Click() {
