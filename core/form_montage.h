@@ -98,7 +98,6 @@ class FormMontage : public QMainWindow {
     FormMontagePicture* montageWindow();
     FormUsed* usedWindow();
     FormMontagePicture* methodWindow(int i);
-    bool hasMethodWindow(int i) const { return m_methodWindows[static_cast<size_t>(i)] != nullptr; }
     FormUsed* methodUsedWindow(int i);
     FormStatus* statusWindow();
 

@@ -143,8 +143,4 @@ std::string numberToText(double value) {
     return value < 0 ? text : " " + text;
 }
 
-std::string numberToTrimmedText(long long value) {
-    return std::to_string(value);
-}
-
 }  // namespace lumiquilt

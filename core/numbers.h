@@ -29,7 +29,4 @@ int16_t checkedInt16(long long value);
 std::string numberToText(long long value);
 std::string numberToText(double value);
 
-/// Number without the leading blank.
-std::string numberToTrimmedText(long long value);
-
 }  // namespace lumiquilt

@@ -16,10 +16,6 @@ namespace lumiquilt {
 
 namespace {
 
-void assignZeroed(SampleBuffer& buffer, std::size_t bytes) {
-    buffer.allocateZeroed(bytes);
-}
-
 // Buffers of a photograph's size are mapped in 2 MiB pages where the system offers
 // them: far fewer page faults when the buffer is first written.
 constexpr std::size_t kLargePage = 2u << 20;
@@ -139,24 +135,24 @@ void PixelBuffers::sizeSeries(int width, int height, int images) {
     seriesMaxX = paddedBound(width);
     seriesMaxY = paddedBound(height);
     seriesMaxImage = checkedInt16(images);
-    assignZeroed(seriesPixels, seriesRowBytes() * static_cast<std::size_t>(seriesMaxY + 1) *
-                                   static_cast<std::size_t>(std::max(images, 0)));
+    seriesPixels.allocateZeroed(seriesRowBytes() * static_cast<std::size_t>(seriesMaxY + 1) *
+                                static_cast<std::size_t>(std::max(images, 0)));
 }
 
 void PixelBuffers::sizeMontage(int width, int height) {
     montageMaxX = paddedBound(width);
     montageMaxY = paddedBound(height);
     montageMaxSlot = kLastMontageSlot;
-    assignZeroed(montagePixels,
-                 montageRowBytes() * static_cast<std::size_t>(montageMaxY + 1) *
-                     static_cast<std::size_t>(kLastMontageSlot - kFirstMontageSlot + 1));
+    montagePixels.allocateZeroed(
+        montageRowBytes() * static_cast<std::size_t>(montageMaxY + 1) *
+        static_cast<std::size_t>(kLastMontageSlot - kFirstMontageSlot + 1));
 }
 
 void PixelBuffers::sizePreview(int width, int height) {
     previewMaxX = paddedBound(width);
     previewMaxY = paddedBound(height);
-    assignZeroed(previewPixels, 3u * static_cast<std::size_t>(previewMaxX + 1) *
-                                    static_cast<std::size_t>(previewMaxY + 1));
+    previewPixels.allocateZeroed(3u * static_cast<std::size_t>(previewMaxX + 1) *
+                                 static_cast<std::size_t>(previewMaxY + 1));
 }
 
 void readPictureIntoFrame(const PictureView& picture, uint8_t* frame, int frameWidth,
