@@ -97,16 +97,6 @@ bool keyMatches(std::string_view line, std::string_view key, std::string_view* v
     return true;
 }
 
-std::string temporaryNameBeside(const std::string& target) {
-    static std::mt19937 generator{std::random_device{}()};
-    std::uniform_int_distribution<int> letter('a', 'z');
-    std::string name = target + ".tmp-";
-    for (int i = 0; i < 6; ++i) {
-        name += static_cast<char>(letter(generator));
-    }
-    return name;
-}
-
 }  // namespace
 
 std::string readProfileString(const std::string& path, std::string_view section,
@@ -208,17 +198,35 @@ void writeProfileString(const std::string& path, std::string_view section, std::
 }
 
 void writeFileAtomically(const std::string& target, std::string_view content) {
-    const std::string temporary = temporaryNameBeside(target);
-    mode_t mode = 0644;
-    struct stat info {};
-    if (::stat(target.c_str(), &info) == 0) {
-        // Renaming over a read-only file would succeed, even for root: honour the
-        // user's lock as a read-only attribute.
-        if (::access(target.c_str(), W_OK) != 0 || (info.st_mode & 0222) == 0) {
-            throw RuntimeError(kPermissionDenied);
-        }
-        mode = info.st_mode & 07777;
+    renameOver(writeTemporaryBeside(target, content), target);
+}
+
+std::string temporaryNameBeside(const std::string& target) {
+    static std::mt19937 generator{std::random_device{}()};
+    std::uniform_int_distribution<int> letter('a', 'z');
+    std::string name = target + ".tmp-";
+    for (int i = 0; i < 6; ++i) {
+        name += static_cast<char>(letter(generator));
     }
+    return name;
+}
+
+mode_t checkReplaceable(const std::string& target) {
+    struct stat info {};
+    if (::stat(target.c_str(), &info) != 0) {
+        return 0644;
+    }
+    // Renaming over a read-only file would succeed, even for root: honour the
+    // user's lock as a read-only attribute.
+    if (::access(target.c_str(), W_OK) != 0 || (info.st_mode & 0222) == 0) {
+        throw RuntimeError(kPermissionDenied);
+    }
+    return info.st_mode & 07777;
+}
+
+std::string writeTemporaryBeside(const std::string& target, std::string_view content) {
+    const mode_t mode = checkReplaceable(target);
+    const std::string temporary = temporaryNameBeside(target);
     const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (fd < 0) {
         // Creating a file fails with "no such entry" only when its folder is missing.
@@ -245,6 +253,10 @@ void writeFileAtomically(const std::string& target, std::string_view content) {
         ::unlink(temporary.c_str());
         throw errorFromErrno(err);
     }
+    return temporary;
+}
+
+void renameOver(const std::string& temporary, const std::string& target) {
     if (::rename(temporary.c_str(), target.c_str()) != 0) {
         const int err = errno;
         ::unlink(temporary.c_str());
