@@ -16,6 +16,7 @@
 #include "display/window_geometry.h"
 #include "engine/measures.h"
 #include "engine/montage_run.h"
+#include "persistence/form_preferences.h"
 
 namespace lumiquilt {
 
@@ -304,6 +305,8 @@ void FormMontage::connectMenus() {
     connect(m.mnuPrintHalf, &QAction::triggered, this,
             [out] { out->mnuPrint_Click(OutputCommands::PrintSize::halfPage); });
     connect(m.mnuSelect, &QAction::triggered, this, [out] { out->mnuSelect_Click(); });
+    connect(m.mnuPreferences, &QAction::triggered, this,
+            [this] { PreferencesCommands::of(*this).mnuPreferences_Click(); });
     for (int i = 0; i < static_cast<int>(m.mnuRecentFile.size()); ++i) {
         connect(m.mnuRecentFile[static_cast<size_t>(i)], &QAction::triggered, this,
                 [this, i] { mnuRecentFile_Click(i); });

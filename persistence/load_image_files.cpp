@@ -7,6 +7,7 @@
 #include "core/runtime_error.h"
 #include "core/text.h"
 #include "display/window_geometry.h"
+#include "persistence/preferences.h"
 #include "series/picture_io.h"
 #include "series/series_name.h"
 
@@ -146,7 +147,7 @@ void FormMontage::mnuLoad_Click() {
             if (m.mnuAddOffsets->isChecked()) {
                 m.mnuAddOffsets->trigger();
             }
-            setTargetColor(m_settings.readNumber("Target color"));
+            setTargetColor(readTargetColor(m_settings));
             stage = 900;
             updateWindowMenu();
         }
