@@ -162,7 +162,9 @@ void PreviewCommands::mnuShowPreview2_Click(const FormMontagePicture* window) {
             // Mode 1: the seven method windows into their slots.
             std::vector<PictureView> methods;
             for (int i = 0; i < kMethodCount; ++i) {
-                methods.push_back(viewOf(f.methodWindow(i)->PictureFile->picture()));
+                methods.push_back(f.hasMethodWindow(i)
+                                      ? viewOf(f.methodWindow(i)->PictureFile->picture())
+                                      : PictureView{});
             }
             loadMethodPixelBuffers(f.state(), methods);
         } else {

@@ -92,11 +92,8 @@ class EvaluationWindows : public EvaluationFront {
 void EvaluationWindows::keepMethodResult(int slot, int method) {
     const double tpp = s.twipsPerPixel;
     const double step = checkedInt16((s.captionHeight + 2 * s.dialogFrameHeight) * s.twipsPerPixel);
-    const QString caption =
-        QString::fromUtf8(
-            kMethodCaptions[static_cast<size_t>(method)].data(),
-            static_cast<qsizetype>(kMethodCaptions[static_cast<size_t>(method)].size())) +
-        " used.";
+    const QString caption = QString::fromStdString(
+        std::string(kMethodCaptions[static_cast<size_t>(method)]) + " used.");
     FormUsed* used = f.usedWindow();
     FormMontagePicture* montage = f.montageWindow();
     FormUsed* methodUsed = f.methodUsedWindow(slot);
