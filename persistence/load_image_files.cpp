@@ -93,7 +93,9 @@ void FormMontage::mnuLoad_Click() {
         }
 
         stage = 400;
-        // The preview window comes with its own command; nothing else to unload here.
+        if (hasPreviewWindow()) {
+            previewWindow()->unload();
+        }
         const std::string name = completeSeriesName(textOf(textFileName), s.appPath);
         textFileName->setText(QString::fromStdString(name));
 
