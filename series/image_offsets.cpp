@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "core/numbers.h"
+#include "core/runtime_error.h"
 
 namespace lumiquilt {
 
@@ -129,6 +130,10 @@ OffsetStep applyOffsetMode(ProgramState& s, OffsetMode mode, float firstWidth, f
             return step;
         case OffsetMode::off:
             break;
+    }
+    // The montage window's picture takes this size next: it can be 0, never less.
+    if (s.imageWidth < 0 || s.imageHeight < 0) {
+        throw RuntimeError(kInvalidPropertyValue);
     }
     step.resizeMontage = true;
     return step;

@@ -62,7 +62,8 @@ OffsetStep clearImageOffsets(ProgramState& state);
 /// for minimum and up for maximum). The size changes only when evaluationPass is
 /// below 2 and the size still equals image 1's (firstWidth by firstHeight), so a
 /// pass that reuses the series doesn't shrink or grow it twice. Error 6 when a
-/// spread leaves 16 bits.
+/// spread leaves 16 bits; error 380 when a minimum area too small to show, but not
+/// small enough for the message, would give the montage a negative size.
 OffsetStep applyOffsetMode(ProgramState& state, OffsetMode mode, float firstWidth,
                            float firstHeight);
 

@@ -280,13 +280,8 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         // Spread 7 across, 5 down: 48 - 7 = 41 -> 40, 40 - 5 = 35 -> 32.
         ShiftRow{"Minimum", OffsetMode::minimum, {{0, 0}, {3, -2}, {-4, 3}}, 8, 40, 32, true},
-        ShiftRow{"MinimumIncrementOne",
-                 OffsetMode::minimum,
-                 {{0, 0}, {3, -2}, {-4, 3}},
-                 1,
-                 40,
-                 32,
-                 true},
+        ShiftRow{
+            "MinimumByPixel", OffsetMode::minimum, {{0, 0}, {3, -2}, {-4, 3}}, 1, 40, 32, true},
         // 48 + 7 + 3 = 58 -> 56, 40 + 5 + 3 = 48.
         ShiftRow{"Maximum", OffsetMode::maximum, {{0, 0}, {3, -2}, {-4, 3}}, 8, 56, 48, false},
         ShiftRow{"MaximumLargeIncrement", OffsetMode::maximum, {{0, 0}, {9, 6}}, 50, 60, 48, false},

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
+#include <algorithm>
 
 #include "core/runtime_error.h"
 
@@ -27,8 +27,8 @@ TEST(OffsetMode, ChecksAreReadMinimumMaximumSame) {
     }
 }
 
-// A state of `centres.size()` images of width by height, with the window frames of
-// the window program.
+// A state of `images` images of width by height, with the window frames of the
+// window program.
 ProgramState stateWith(float width, float height, int images) {
     ProgramState s;
     s.imageCount = static_cast<int16_t>(images);
@@ -129,125 +129,46 @@ TEST_P(ModeTable, GivesBasesShiftAndSize) {
     }
 }
 
+ModeRow aligned(const char* name, OffsetMode mode, float width, float height,
+                std::vector<MarkCentre> centres, float newWidth, float newHeight, int16_t baseX,
+                int16_t baseY, int16_t rowShift, bool resize = true) {
+    return {name,  mode,  width,    height, std::move(centres),    newWidth, newHeight,
+            baseX, baseY, rowShift, resize, OffsetOutcome::aligned};
+}
+
+ModeRow ended(const char* name, OffsetMode mode, float width, float height,
+              std::vector<MarkCentre> centres, float newWidth, float newHeight,
+              OffsetOutcome outcome) {
+    return {name, mode, width, height, std::move(centres), newWidth, newHeight, 0,
+            0,    0,    false, outcome};
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Offsets, ModeTable,
-    ::testing::Values(ModeRow{"MinimumRoundsDownToFour",
-                              OffsetMode::minimum,
-                              801,
-                              601,
-                              {{13, 13}, {13, 13}},
-                              800,
-                              600,
-                              13,
-                              13,
-                              0},
-                      ModeRow{"MaximumAddsThreeFirst",
-                              OffsetMode::maximum,
-                              801,
-                              601,
-                              {{13, 13}, {13, 13}},
-                              804,
-                              604,
-                              13,
-                              13,
-                              0},
-                      ModeRow{"MinimumKeepsAMultipleOfFour",
-                              OffsetMode::minimum,
-                              800,
-                              600,
-                              {{13, 13}},
-                              800,
-                              600,
-                              13,
-                              13,
-                              0},
-                      ModeRow{"MaximumKeepsAMultipleOfFour",
-                              OffsetMode::maximum,
-                              800,
-                              600,
-                              {{13, 13}},
-                              800,
-                              600,
-                              13,
-                              13,
-                              0},
-                      ModeRow{"MinimumSpreadTenOnAHundred",
-                              OffsetMode::minimum,
-                              100,
-                              80,
-                              {{13, 20}, {23, 26}},
-                              88,
-                              72,
-                              13,
-                              20,
-                              6},
-                      ModeRow{"MaximumSpreadTenOnAHundred",
-                              OffsetMode::maximum,
-                              100,
-                              80,
-                              {{13, 20}, {23, 26}},
-                              112,
-                              88,
-                              23,
-                              26,
-                              -6},
-                      ModeRow{"SameKeepsTheSize",
-                              OffsetMode::same,
-                              100,
-                              80,
-                              {{13, 20}, {23, 26}},
-                              100,
-                              80,
-                              13,
-                              20,
-                              0,
-                              false},
-                      ModeRow{"MinimumNothingLeft",
-                              OffsetMode::minimum,
-                              20,
-                              80,
-                              {{13, 20}, {41, 20}},
-                              -8,
-                              80,
-                              0,
-                              0,
-                              0,
-                              false,
-                              OffsetOutcome::noMinimumArea},
-                      // -4 still makes a window of four pixels' frame: the run goes on.
-                      ModeRow{"MinimumBarelyAWindow",
-                              OffsetMode::minimum,
-                              20,
-                              80,
-                              {{13, 20}, {37, 20}},
-                              -4,
-                              80,
-                              13,
-                              20,
-                              0},
-                      ModeRow{"MaximumNoSize",
-                              OffsetMode::maximum,
-                              0,
-                              80,
-                              {{13, 20}},
-                              0,
-                              80,
-                              0,
-                              0,
-                              0,
-                              false,
-                              OffsetOutcome::noMaximumSize},
+    ::testing::Values(aligned("MinimumRoundsDownToFour", OffsetMode::minimum, 801, 601,
+                              {{13, 13}, {13, 13}}, 800, 600, 13, 13, 0),
+                      aligned("MaximumAddsThreeFirst", OffsetMode::maximum, 801, 601,
+                              {{13, 13}, {13, 13}}, 804, 604, 13, 13, 0),
+                      aligned("MinimumKeepsAMultipleOfFour", OffsetMode::minimum, 800, 600,
+                              {{13, 13}}, 800, 600, 13, 13, 0),
+                      aligned("MaximumKeepsAMultipleOfFour", OffsetMode::maximum, 800, 600,
+                              {{13, 13}}, 800, 600, 13, 13, 0),
+                      aligned("MinimumSpreadTenOnAHundred", OffsetMode::minimum, 100, 80,
+                              {{13, 20}, {23, 26}}, 88, 72, 13, 20, 6),
+                      aligned("MaximumSpreadTenOnAHundred", OffsetMode::maximum, 100, 80,
+                              {{13, 20}, {23, 26}}, 112, 88, 23, 26, -6),
+                      aligned("SameKeepsTheSize", OffsetMode::same, 100, 80, {{13, 20}, {23, 26}},
+                              100, 80, 13, 20, 0, false),
+                      // 0 still makes a window of its frame: the run goes on with an empty montage.
+                      aligned("MinimumEmptyButAWindow", OffsetMode::minimum, 20, 80,
+                              {{13, 20}, {33, 20}}, 0, 80, 13, 20, 0),
                       // Every centre beyond 999 in X: the minimum stays at 999 and the width grows.
-                      ModeRow{"MinimumWithCentresBeyondTheStart",
-                              OffsetMode::minimum,
-                              2000,
-                              80,
-                              {{1500, 20}, {1500, 20}},
-                              1496,
-                              80,
-                              999,
-                              20,
-                              0}),
+                      aligned("MinimumWithCentresBeyondTheStart", OffsetMode::minimum, 2000, 80,
+                              {{1500, 20}, {1500, 20}}, 1496, 80, 999, 20, 0),
+                      ended("MinimumNothingLeft", OffsetMode::minimum, 20, 80, {{13, 20}, {41, 20}},
+                            -8, 80, OffsetOutcome::noMinimumArea),
+                      ended("MaximumNoSize", OffsetMode::maximum, 0, 80, {{13, 20}}, 0, 80,
+                            OffsetOutcome::noMaximumSize)),
     [](const ::testing::TestParamInfo<ModeRow>& info) { return std::string(info.param.name); });
 
 TEST(OffsetModeSize, ChangesOnlyFromPictureOnesSizeAndBelowPassTwo) {
@@ -273,6 +194,19 @@ TEST(OffsetModeSize, ChangesOnlyFromPictureOnesSizeAndBelowPassTwo) {
         collect(p, spread);
         applyOffsetMode(p, OffsetMode::minimum, 100, 80);
         EXPECT_EQ(p.imageWidth, pass < 2 ? 88 : 100) << pass;
+    }
+}
+
+TEST(OffsetModeSize, NegativeSizeInsideTheFrameIsAnInvalidProperty) {
+    // -4 and a 4-pixel frame pass the area test; the montage can't take that width.
+    ProgramState s = stateWith(20, 80, 2);
+    collect(s, {{13, 20}, {37, 20}});
+    try {
+        applyOffsetMode(s, OffsetMode::minimum, 20, 80);
+        FAIL();
+    } catch (const RuntimeError& e) {
+        EXPECT_EQ(e.number(), 380);
+        EXPECT_EQ(e.description(), "Invalid property value");
     }
 }
 
