@@ -15,6 +15,13 @@ namespace {
 constexpr QPoint kPopupPlace{100, 100};
 constexpr const char* kStatusDesignText = "Image 1 = ";
 
+// A window owned by the main window: it stays above it and goes with it. Window
+// systems keep only dialog-like windows with their owner (on X11 a plain window
+// gets no transient hint), so the picture windows are dialogs with a full frame.
+constexpr Qt::WindowFlags kOwnedWindow = Qt::Dialog | Qt::WindowTitleHint |
+                                         Qt::WindowSystemMenuHint | Qt::WindowMinMaxButtonsHint |
+                                         Qt::WindowCloseButtonHint;
+
 int buttonsOf(Qt::MouseButtons buttons) {
     return (buttons & Qt::LeftButton ? PictureBox::left : 0) |
            (buttons & Qt::RightButton ? PictureBox::right : 0) |
@@ -137,7 +144,7 @@ void PictureBox::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 PictureWindow::PictureWindow(QWidget* owner, const QString& designTitle)
-    : QWidget(owner, Qt::Window), m_designTitle(designTitle) {
+    : QWidget(owner, kOwnedWindow), m_designTitle(designTitle) {
     setWindowTitle(designTitle);
     PictureFile = new PictureBox(this);
     PictureFile->move(0, 0);
@@ -220,7 +227,7 @@ FormMontagePicture::FormMontagePicture(QWidget* owner)
     connect(mnuClose, &QAction::triggered, this, &PictureWindow::unload);
 }
 
-FormUsed::FormUsed(QWidget* owner) : QWidget(owner, Qt::Window) {
+FormUsed::FormUsed(QWidget* owner) : QWidget(owner, kOwnedWindow) {
     setWindowTitle(" Dominant image used for the Montage");
     QPalette p = palette();
     p.setColor(QPalette::Window, QColor(0xFF, 0x00, 0x00));
@@ -236,7 +243,7 @@ FormUsed::FormUsed(QWidget* owner) : QWidget(owner, Qt::Window) {
     LabelUsed->setAlignment(Qt::AlignLeft | Qt::AlignTop);
 }
 
-FormStatus::FormStatus(QWidget* owner) : QWidget(owner, Qt::Window | Qt::FramelessWindowHint) {
+FormStatus::FormStatus(QWidget* owner) : QWidget(owner, Qt::Dialog | Qt::FramelessWindowHint) {
     setAutoFillBackground(true);
     LabelStatus = new QLabel(kStatusDesignText, this);
     QFont font("Times New Roman");
