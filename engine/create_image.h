@@ -69,8 +69,8 @@ class CreateImageFront {
     /// The centre of image k's target mark as it stands now, in picture pixels, Y
     /// downward; read when an offset mode is on.
     virtual MarkCentre markCentre(int /*k*/) { return kDesignMarkCentre; }
-    /// The minimum or maximum area changed imageWidth and imageHeight: the montage
-    /// window takes the new size.
+    /// In the minimum or maximum area the montage window takes imageWidth by
+    /// imageHeight, which the area may have changed.
     virtual void montageResized() {}
     /// The minimum area left nothing: the montage window goes.
     virtual void hideMontage() {}
