@@ -306,18 +306,6 @@ TEST_F(CreateImageOffsets, NoDisplayEntryAppliesNothingButReportsZeros) {
               std::string::npos);
 }
 
-TEST_F(CreateImageOffsets, SameModeKeepsTheSizeAndTheWindow) {
-    makeSeries(2);
-    mode(false, false, true);
-    front.marks[2] = {10, 20};
-    ASSERT_EQ(run(path("s1.bmp")), RunEnd::completed);
-    EXPECT_EQ(state.imageWidth, 12);
-    EXPECT_EQ(state.offsetBaseX, 10);
-    EXPECT_EQ(state.offsetBaseY, 13);
-    EXPECT_EQ(count("resized"), 0);
-    EXPECT_NE(state.propertiesString.find("  Offset display method =Same\r\n"), std::string::npos);
-}
-
 TEST_F(CreateImageOffsets, MinimumWithNothingLeftEndsWithItsMessage) {
     makeSeries(2);
     mode(true, false, false);
