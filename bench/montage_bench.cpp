@@ -2,7 +2,8 @@
 // in the same run:
 //   decode       against nothing (it is the floor): decoding the series' JPEG files
 //   buffers      against a plain copy of the series' decoded bytes
-//   block loop   against a plain copy of the montage's bytes
+//   block loop   against a plain copy of the montage's bytes, also with the images
+//                aligned by their marks
 //   writing      against decoding one file of the same size
 //   whole run    (lumiquilt-cli montage ... -o out.jpg, its own process) against
 //                decoding alone
@@ -28,6 +29,7 @@
 #include "core/program_state.h"
 #include "engine/montage_run.h"
 #include "output/gif_encoder.h"
+#include "series/image_offsets.h"
 #include "series/picture_io.h"
 #include "series/series_decode.h"
 #include "series/series_name.h"
@@ -128,6 +130,27 @@ void benchSeries(const QImage& photo, int count, int width, int height, bool qui
         char name[64];
         std::snprintf(name, sizeof name, "block loop, increment %d", increment);
         row(name, loop, plainCopy, "plain copy of the montage");
+    }
+    // The same loop on a bracket aligned by its marks: every other image stands 7 right
+    // and 5 down of the first, cut to the minimum area that all of them share.
+    {
+        ProgramState shifted;
+        initialiseProgramState(shifted);
+        shifted.imageCount = state.imageCount;
+        shifted.imageWidth = state.imageWidth;
+        shifted.imageHeight = state.imageHeight;
+        shifted.methodChecked = state.methodChecked;
+        shifted.increment = 20;
+        collectTargetCentres(shifted, [](int k) {
+            return k % 2 == 0 ? MarkCentre{20.0, 18.0} : MarkCentre{13.0, 13.0};
+        });
+        const OffsetStep step = applyOffsetMode(
+            shifted, OffsetMode::minimum, static_cast<float>(width), static_cast<float>(height));
+        loadPixelBuffers(shifted, PictureView{}, static_cast<int>(shifted.imageWidth),
+                         static_cast<int>(shifted.imageHeight), views, nullptr);
+        const double loop =
+            seconds([&] { runBlockLoop(shifted, step.rowShift, nullptr); }, repeats);
+        row("block loop, increment 20, offsets", loop, plainCopy, "plain copy of the montage");
     }
     QImage montage;
     const double toPicture = seconds(

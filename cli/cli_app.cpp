@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <optional>
 #include <ostream>
 
@@ -37,8 +38,9 @@ constexpr const char* kUsage =
     "  -i, --increment TEXT   block size, read as the Increment field is (default 20)\n"
     "  -m, --method N         Exposure Method 0 to 6, in menu order (default 0)\n"
     "  --ignore LIST          image numbers 1 to 10, comma-separated\n"
-    "  --offsets MODE         min, max or same\n"
-    "  --mark K:X,Y           centre of image K's target mark, Y downward\n"
+    "  --offsets MODE         min, max or same: align the images on their marks\n"
+    "  --mark K:X,Y           centre of image K's target mark in picture pixels, Y\n"
+    "                         downward; repeatable (default: the mark's design place)\n"
     "  -o, --output FILE      write the montage (.bmp, .jpg, .jpeg, .gif, .png)\n"
     "  --report FILE          write the run's report; - for standard output\n"
     "  --score                print the seam score at block size 10\n"
@@ -51,7 +53,7 @@ struct Options {
     int method = 0;
     std::array<bool, kIgnorableImages> ignored{};
     std::string offsets;
-    std::vector<std::string> marks;
+    std::map<int, MarkCentre> marks;
     std::string output;
     std::string report;
     bool score = false;
@@ -77,6 +79,31 @@ bool isWholeNumber(const std::string& text) {
         }
     }
     return true;
+}
+
+// A whole number with an optional minus sign, small enough for an int.
+bool isSignedWholeNumber(const std::string& text) {
+    return !text.empty() && isWholeNumber(text[0] == '-' ? text.substr(1) : text);
+}
+
+// "K:X,Y": image K's mark centre, in picture pixels, Y downward. Values beyond 16
+// bits are left for the run, which refuses them as the window program would.
+std::pair<int, MarkCentre> parseMark(const std::string& text) {
+    const UsageError bad{"--mark takes K:X,Y with an image number K from 1 to 30"};
+    const size_t colon = text.find(':');
+    const size_t comma = text.find(',', colon == std::string::npos ? 0 : colon);
+    if (colon == std::string::npos || comma == std::string::npos) {
+        throw bad;
+    }
+    const std::string k = text.substr(0, colon);
+    const std::string x = text.substr(colon + 1, comma - colon - 1);
+    const std::string y = text.substr(comma + 1);
+    if (!isWholeNumber(k) || std::stoi(k) < 1 || std::stoi(k) >= kImageSlots ||
+        !isSignedWholeNumber(x) || !isSignedWholeNumber(y)) {
+        throw bad;
+    }
+    return {std::stoi(k),
+            MarkCentre{static_cast<double>(std::stoi(x)), static_cast<double>(std::stoi(y))}};
 }
 
 Options parseOptions(const std::vector<std::string>& args) {
@@ -129,7 +156,8 @@ Options parseOptions(const std::vector<std::string>& args) {
                 throw UsageError{"--offsets takes min, max or same"};
             }
         } else if (a == "--mark") {
-            o.marks.push_back(value(a));
+            const auto [k, centre] = parseMark(value(a));
+            o.marks.insert_or_assign(k, centre);
         } else if (a == "-o" || a == "--output") {
             o.output = value(a);
         } else if (a == "--report") {
@@ -162,9 +190,6 @@ Options parseOptions(const std::vector<std::string>& args) {
             throw UsageError{"the output name must end in .bmp, .jpg, .jpeg, .gif or .png"};
         }
     }
-    if (!o.offsets.empty() || !o.marks.empty()) {
-        throw UsageError{"image offsets are not available in this version"};
-    }
     return o;
 }
 
@@ -195,6 +220,11 @@ class CliFront : public CreateImageFront {
             c.methodChecked[static_cast<size_t>(m_method)] = true;
         }
         c.ignored = m_options.ignored;
+        // Without --offsets the marks are there but not used.
+        c.addOffsets = !m_options.offsets.empty();
+        c.offsetsMin = m_options.offsets == "min";
+        c.offsetsMax = m_options.offsets == "max";
+        c.offsetsSame = m_options.offsets == "same";
         return c;
     }
     void setIncrementText(const std::string& text) override { m_incrementText = text; }
@@ -203,6 +233,11 @@ class CliFront : public CreateImageFront {
     void message(const std::string& text, const std::string& /*title*/,
                  MessageIcon /*icon*/) override {
         m_err << text << "\n";
+    }
+
+    MarkCentre markCentre(int k) override {
+        const auto found = m_options.marks.find(k);
+        return found == m_options.marks.end() ? kDesignMarkCentre : found->second;
     }
 
     void seriesFound(const SeriesPattern& pattern) override {

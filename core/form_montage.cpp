@@ -174,7 +174,11 @@ QImage backgroundTile() {
 }  // namespace
 
 FormMontage::FormMontage(ProgramState& state, ModalUi& ui, Settings& settings)
-    : m_state(state), m_ui(ui), m_settings(settings), m_output(new OutputCommands(*this)) {
+    : m_state(state),
+      m_ui(ui),
+      m_settings(settings),
+      m_output(new OutputCommands(*this)),
+      m_offsets(new OffsetCommands(*this)) {
     setWindowTitle("Lumiquilt  -  from Tarnhollow Software");
     buildControls();
     buildMenus();
@@ -323,12 +327,15 @@ void FormMontage::connectMenus() {
         connect(m.mnusimpleCol[static_cast<size_t>(i)], &QAction::triggered, this,
                 [this, i] { mnusimpleCol_Click(i); });
     }
-    // The ignore entries and "Use Image Offsets" are checkable: a click turns their
+    // The ignore entries and the offset entries are checkable: a click turns their
     // check over, and that check is the choice the next Create Image reads.
+    OffsetCommands* offsets = m_offsets.get();
+    connect(m.mnuAddOffsets, &QAction::triggered, this,
+            [offsets] { offsets->mnuAddOffsets_Click(); });
     for (QAction* entry :
          {m.mnuActivateOffsetsMin, m.mnuActivateOffsetsMax, m.mnuActivateOffsetsSame}) {
         connect(entry, &QAction::triggered, this,
-                [this, entry] { mnuActivateOffsets_Click(entry); });
+                [offsets, entry] { offsets->mnuActivateOffsets_Click(entry); });
     }
     for (int i = 1; i <= 12; ++i) {
         connect(m.mnuWindow[static_cast<size_t>(i)], &QAction::triggered, this,
@@ -366,8 +373,7 @@ FormPicture* FormMontage::pictureWindow(int k) {
     FormPicture*& window = m_pictureWindows[static_cast<size_t>(k)];
     if (window == nullptr) {
         window = new FormPicture(this);
-        window->PictureFile->setMarkColor(QColor(m_targetColor & 0xFF, (m_targetColor >> 8) & 0xFF,
-                                                 (m_targetColor >> 16) & 0xFF));
+        m_offsets->connectPictureWindow(window);
         connect(window, &PictureWindow::unloaded, this,
                 [this](PictureWindow*, const QString& caption) { removeWindowEntry(caption); });
         m_output->connectPictureCommands(window);
@@ -435,18 +441,6 @@ void FormMontage::mnusimpleCol_Click(int index) {
         entry->setChecked(false);
     }
     m.mnusimpleCol[static_cast<size_t>(index)]->setChecked(true);
-}
-
-void FormMontage::mnuActivateOffsets_Click(QAction* entry) {
-    // Qt has already turned the check over; the others go off when it is on.
-    if (entry->isChecked()) {
-        for (QAction* other :
-             {m.mnuActivateOffsetsMin, m.mnuActivateOffsetsMax, m.mnuActivateOffsetsSame}) {
-            if (other != entry) {
-                other->setChecked(false);
-            }
-        }
-    }
 }
 
 void FormMontage::updateWindowMenu() {
@@ -573,22 +567,6 @@ void FormMontage::mnuExit_Click() {
 
 void FormMontage::mnuSmooth_Click() {
     smoothMontage(m_state.buffers, 999, kTrue);
-}
-
-void FormMontage::setTargetColor(double color) {
-    try {
-        m_targetColor = static_cast<uint32_t>(toInt32(color));
-    } catch (const RuntimeError&) {
-        // A colour beyond 32 bits in the settings leaves the marks as they are.
-        return;
-    }
-    const QColor mark(m_targetColor & 0xFF, (m_targetColor >> 8) & 0xFF,
-                      (m_targetColor >> 16) & 0xFF);
-    for (FormPicture* window : m_pictureWindows) {
-        if (window != nullptr) {
-            window->PictureFile->setMarkColor(mark);
-        }
-    }
 }
 
 void FormMontage::loadEvent() {

@@ -16,6 +16,7 @@
 #include "engine/montage_run.h"
 #include "output/output_commands.h"
 #include "persistence/settings.h"
+#include "series/offset_commands.h"
 
 namespace lumiquilt {
 
@@ -118,7 +119,6 @@ class FormMontage : public QMainWindow {
     void CommandBrowse_Click();
     void mnuRecentFile_Click(int index);
     void mnusimpleCol_Click(int index);
-    void mnuActivateOffsets_Click(QAction* entry);
     void mnuWindow_Click(int index);
     void mnuWindow2_Click(int index);
     void mnuHelp_Click();
@@ -128,12 +128,14 @@ class FormMontage : public QMainWindow {
 
     /// Save As, clipboard, editor and printing.
     OutputCommands& output() { return *m_output; }
+    /// The target marks and the offset entries.
+    OffsetCommands& offsets() { return *m_offsets; }
 
     /// Rebuilds the Window menu from the visible windows.
     void updateWindowMenu();
     void addRecentFile(const std::string& item);
-    void setTargetColor(double color);
-    uint32_t targetColor() const { return m_targetColor; }
+    void setTargetColor(double color) { m_offsets->setTargetColor(color); }
+    uint32_t targetColor() const { return m_offsets->targetColor(); }
 
     /// Applies the window scale to this window and its controls.
     void scaleWindow(double scaleX, double scaleY);
@@ -199,7 +201,7 @@ class FormMontage : public QMainWindow {
     Settings& m_settings;
     RecentFiles m_recent;
     std::unique_ptr<OutputCommands> m_output;
-    uint32_t m_targetColor = 0;
+    std::unique_ptr<OffsetCommands> m_offsets;
     bool m_runInProgress = false;
     bool m_closing = false;
 

@@ -2,6 +2,7 @@
 // the one road asks for.
 #include <QApplication>
 #include <QFontMetrics>
+#include <cmath>
 
 #include "engine/command_go.h"
 
@@ -90,6 +91,9 @@ class CreateImageWindows : public CreateImageFront {
         f.refreshRecentMenu();
     }
     void arrangeWindows() override;
+    MarkCentre markCentre(int k) override { return f.offsets().markCentre(k); }
+    void montageResized() override;
+    void hideMontage() override { f.montageWindow()->hide(); }
     void clearUsedCaption() override { f.usedWindow()->LabelUsed->clear(); }
     void yieldEvents() override { f.yieldEvents(); }
     PictureView montagePicture() override {
@@ -106,8 +110,14 @@ class CreateImageWindows : public CreateImageFront {
     }
     void showMontage() override {
         FormMontagePicture* montage = f.montageWindow();
-        montage->PictureFile->setPicture(paintMontage(s.buffers, static_cast<int>(s.imageWidth),
-                                                      static_cast<int>(s.imageHeight)));
+        const int width = static_cast<int>(s.imageWidth);
+        const int height = static_cast<int>(s.imageHeight);
+        // A minimum area can leave an empty montage: the window then shows none.
+        if (width > 0 && height > 0) {
+            montage->PictureFile->setPicture(paintMontage(s.buffers, width, height));
+        } else {
+            montage->PictureFile->clearPicture();
+        }
         FormPreview* preview = f.previewWindow();
         preview->paintPreview(s.buffers);
         montage->show();
@@ -134,21 +144,42 @@ class CreateImageWindows : public CreateImageFront {
     bool m_busy = false;
 };
 
+namespace {
+
+// The montage as the window shows it: reduced when it is larger than the screen.
+struct ShownMontage {
+    double scale;
+    double width;
+    double height;
+};
+
+ShownMontage shownMontage(const ProgramState& s) {
+    const double scale = screenDisplayScale(s, s.imageWidth, s.imageHeight);
+    return {scale, s.imageWidth * scale, s.imageHeight * scale};
+}
+
+void fitMontagePicture(FormMontagePicture* montage, const ShownMontage& shown) {
+    montage->PictureFile->setDisplayScale(shown.scale);
+    montage->PictureFile->setGeometry(0, 0, static_cast<int>(std::lround(shown.width)),
+                                      static_cast<int>(std::lround(shown.height)));
+}
+
+}  // namespace
+
 void CreateImageWindows::arrangeWindows() {
     FormMontagePicture* montage = f.montageWindow();
     if (montage->isMinimized() || montage->isMaximized()) {
         montage->showNormal();
     }
     const double tpp = s.twipsPerPixel;
-    const double montageWidth = (2.0 * s.sizingFrameHeight + s.imageWidth) * tpp;
-    const double montageHeight =
-        (s.captionHeight + s.imageHeight + 2.0 * s.dialogFrameHeight) * tpp;
+    const ShownMontage shown = shownMontage(s);
+    const double montageWidth = (2.0 * s.sizingFrameHeight + shown.width) * tpp;
+    const double montageHeight = (s.captionHeight + shown.height + 2.0 * s.dialogFrameHeight) * tpp;
     moveWindowTwips(
         montage, s, screenWidthTwips(s) - montageWidth - s.sizingFrameHeight * tpp,
         (f.CommandGo->y() + f.CommandGo->height() + s.captionHeight + s.menuHeight) * tpp,
         montageWidth, montageHeight);
-    montage->PictureFile->setGeometry(0, 0, static_cast<int>(s.imageWidth),
-                                      static_cast<int>(s.imageHeight));
+    fitMontagePicture(montage, shown);
 
     FormUsed* used = f.usedWindow();
     if (s.showUsedWindow != 0) {
@@ -178,6 +209,18 @@ void CreateImageWindows::arrangeWindows() {
 
 std::unique_ptr<CreateImageFront> createImageWindows(FormMontage& form) {
     return std::make_unique<CreateImageWindows>(form);
+}
+
+void CreateImageWindows::montageResized() {
+    // Not quite the arrangement's place: the left edge leaves out the frames.
+    const double tpp = s.twipsPerPixel;
+    const ShownMontage shown = shownMontage(s);
+    moveWindowTwips(
+        f.montageWindow(), s, (screenWidthTwips(s) / tpp - shown.width - s.sizingFrameHeight) * tpp,
+        (f.CommandGo->y() + f.CommandGo->height() + s.captionHeight + s.menuHeight) * tpp,
+        (2.0 * s.sizingFrameHeight + shown.width) * tpp,
+        (s.captionHeight + shown.height + 2.0 * s.dialogFrameHeight) * tpp);
+    fitMontagePicture(f.montageWindow(), shown);
 }
 
 void FormMontage::CommandGo_Click() {

@@ -232,13 +232,4 @@ void smoothMontage(PixelBuffers& /*buffers*/, int /*slot*/, Flag /*fromMenu*/) {
     // no smoothing rule has ever been defined, so the montage is left untouched.
 }
 
-OffsetStep clearImageOffsets(ProgramState& state) {
-    for (auto& axis : state.imageOffsets) {
-        axis.fill(0);
-    }
-    state.offsetBaseX = 0;
-    state.offsetBaseY = 0;
-    return OffsetStep{};
-}
-
 }  // namespace lumiquilt

@@ -53,6 +53,14 @@ TEST(Cli, UsageErrorsExitTwo) {
         {"compare", "s1.png", "--all-methods"},
         {"compare"},
         {"evaluate", "s1.png", "-m", "9"},
+        {"montage", "s1.png", "--offsets"},
+        {"montage", "s1.png", "--mark", "0:1,2"},
+        {"montage", "s1.png", "--mark", "31:1,2"},
+        {"montage", "s1.png", "--mark", "1:12"},
+        {"montage", "s1.png", "--mark", "1:a,2"},
+        {"montage", "s1.png", "--mark", "1:2,3,4"},
+        {"montage", "s1.png", "--mark", "1:2.5,3"},
+        {"montage", "s1.png", "--mark"},
     };
     for (const auto& args : rows) {
         const CliRun r = cli(args, dir.root());
@@ -98,6 +106,29 @@ TEST(Cli, ReportAndScore) {
     // Six digits after the point.
     const std::string score = r.out.substr(r.out.find("score ") + 6);
     EXPECT_EQ(score.size() - score.find('.') - 1, 7u) << score;  // six digits and the newline
+}
+
+TEST(Cli, OffsetsReportTheMarksAndTheDesignPlace) {
+    TestFolder dir;
+    makeSeries(dir, 3);
+    const CliRun r = cli({"montage", "s1.png", "--offsets", "max", "--mark", "3:-4,50", "--mark",
+                          "2:1,1", "--mark", "2:20,9", "--report", "-"},
+                         dir.root());
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_NE(r.out.find("  Smoothing =no \r\n"
+                         "  Offset display method =Maximum\r\n"
+                         "  Image 1 offset X =13\r\n  Image 1 offset Y =13\r\n"
+                         "  Image 2 offset X =20\r\n  Image 2 offset Y =9\r\n"
+                         "  Image 3 offset X =-4\r\n  Image 3 offset Y =50\r\n"
+                         "  Montage made from"),
+              std::string::npos)
+        << r.out;
+    // The maximum area: 40 + 24 + 3 by 30 + 41 + 3, down to multiples of 4.
+    const CliRun written = cli({"montage", "s1.png", "--offsets", "max", "--mark", "3:-4,50",
+                                "--mark", "2:20,9", "-o", "m.png"},
+                               dir.root());
+    ASSERT_EQ(written.code, 0) << written.err;
+    EXPECT_EQ(QImage(QString::fromStdString(dir.path("m.png"))).size(), QSize(64, 72));
 }
 
 TEST(Cli, FlatSeriesScoresZero) {
