@@ -1,9 +1,12 @@
 #include <QApplication>
+#include <QIcon>
+#include <QPixmap>
 #include <QScreen>
 #include <QTimer>
 
 #include "core/files.h"
 #include "core/startup.h"
+#include "display/artwork.h"
 #include "series/picture_io.h"
 
 int main(int argc, char** argv) {
@@ -11,6 +14,9 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationName("Lumiquilt");
     QApplication::setOrganizationName("Tarnhollow Software");
+    // Ties the windows to the installed menu entry and its icon.
+    QGuiApplication::setDesktopFileName("org.example.lumiquilt");
+    QApplication::setWindowIcon(QIcon(QPixmap::fromImage(appIconImage(256))));
     configurePictureReading();
 
     ProgramState state;
@@ -26,7 +32,8 @@ int main(int argc, char** argv) {
     const QScreen* screen = QGuiApplication::primaryScreen();
     const QSize screenPixels = screen != nullptr ? screen->geometry().size() : QSize(1024, 768);
 
-    StartupResult started = startLumiquilt(arguments, state, ui, settings, screenPixels);
+    StartupResult started = startLumiquilt(arguments, state, ui, settings, screenPixels,
+                                           programStartupHooks(ui, shellPlaces(state.appPath)));
     if (started.handedToDesktop) {
         return 0;
     }

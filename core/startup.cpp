@@ -8,6 +8,7 @@
 #include "core/runtime_error.h"
 #include "core/text.h"
 #include "core/window_scale.h"
+#include "display/splash.h"
 #include "display/window_geometry.h"
 
 namespace lumiquilt {
@@ -48,6 +49,13 @@ int16_t toInt16OrZero(double value) {
 }
 
 }  // namespace
+
+StartupHooks programStartupHooks(ModalUi& ui, const ShellPlaces& places) {
+    StartupHooks hooks;
+    hooks.showSplash = [&ui] { showSplash(ui); };
+    hooks.makeDesktopShortcut = [places] { makeDesktopShortcut(places); };
+    return hooks;
+}
 
 StartupResult startLumiquilt(const std::vector<std::string>& arguments, ProgramState& s,
                              ModalUi& ui, Settings& settings, QSize screenPixels,
