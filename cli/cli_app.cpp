@@ -11,9 +11,9 @@
 #include "core/numbers.h"
 #include "core/runtime_error.h"
 #include "core/text.h"
+#include "engine/create_image.h"
 #include "engine/evaluate_image.h"
 #include "engine/measures.h"
-#include "engine/montage_run.h"
 #include "engine/properties_report.h"
 #include "output/gif_encoder.h"
 #include "persistence/profile_file.h"
@@ -29,6 +29,7 @@ constexpr const char* kUsage =
     "usage: lumiquilt-cli montage FIRST [options]\n"
     "       lumiquilt-cli compare FIRST [options]\n"
     "       lumiquilt-cli evaluate FIRST [options] [--all-methods]\n"
+    "       lumiquilt-cli --help | --version\n"
     "options:\n"
     "  -i, --increment TEXT   block size, read as the Increment field is (default 20)\n"
     "  -m, --method N         Exposure Method 0 to 6, in menu order (default 0)\n"
@@ -166,120 +167,69 @@ Options parseOptions(const std::vector<std::string>& args) {
     return o;
 }
 
-class MontageRun {
+// The command-line side of a run: the options are the controls, the decoded series
+// stands in for the picture windows, and messages go to standard error.
+class CliFront : public CreateImageFront {
   public:
-    MontageRun(const Options& options, const std::string& currentFolder, std::ostream& err,
-               bool progress)
-        : m_options(options), m_folder(currentFolder), m_err(err), m_progress(progress) {}
+    CliFront(const Options& options, const ProgramState& state, std::ostream& err, bool progress)
+        : m_options(options),
+          m_state(state),
+          m_incrementText(options.incrementText),
+          m_fileName(options.first),
+          m_err(err),
+          m_progress(progress) {}
 
-    void run() {
-        ProgramState& s = m_state;
-        initialiseProgramState(s);
-        const std::string incrementText = checkIncrementText(m_options.incrementText);
-        int stage = kStageIncrement;
-        try {
-            s.increment = incrementFromText(incrementText);
-            s.methodChecked[static_cast<size_t>(m_options.method)] = kTrue;
-            s.ignoredImage = m_options.ignored;
-            s.firstFileName = m_options.first;
+    RunChoices choices() override {
+        RunChoices c;
+        c.incrementText = m_incrementText;
+        c.methodChecked[static_cast<size_t>(m_options.method)] = true;
+        c.ignored = m_options.ignored;
+        return c;
+    }
+    void setIncrementText(const std::string& text) override { m_incrementText = text; }
+    std::string fileNameText() override { return m_fileName; }
+    void setFileNameText(const std::string& text) override { m_fileName = text; }
+    void message(const std::string& text, const std::string& /*title*/,
+                 MessageIcon /*icon*/) override {
+        m_err << text << "\n";
+    }
 
-            stage = kStageCompleteName;
-            std::string folder = m_folder;
-            if (folder.empty() || folder.back() != '/') {
-                folder += '/';
-            }
-            const std::string name = completeSeriesName(m_options.first, folder);
-            if (!hasDigitBeforeDot(name)) {
-                throw RunStopped{noDigitMessageCreateImage()};
-            }
-            if (!fileExists(name)) {
-                throw RunStopped{kFileMissingMessage};
-            }
-            stage = kStageFirstNumber;
-            SeriesPattern pattern;
-            try {
-                pattern = findDigits(name);
-            } catch (const RuntimeError&) {
-                throw RunStopped{kNumberTooLargeMessage};
-            }
-            s.seriesBase = pattern.seriesBase;
-
-            stage = kStageLoadMember;
-            progress("decoding the series");
-            const std::vector<DecodedMember> members = decodeSeries(pattern, 2);
-            const SeriesLoopResult loop = loadSeriesLoop(pattern, loaderFor(members, m_pictures),
-                                                         s.imageCount, s.currentFileName);
-            if (loop.end == SeriesEnd::invalidPicture) {
-                throw RunStopped{"This is not a valid picture file that I can read."};
-            }
-            if (loop.end == SeriesEnd::limit) {
-                m_err << tooManyPicturesMessage() << "\n";
-            }
-            if (s.imageCount == 0) {
-                throw RunStopped{kFileMissingMessage};
-            }
-
-            stage = kStageArrange;
-            s.imageWidth = static_cast<float>(m_pictures[0].width());
-            s.imageHeight = static_cast<float>(m_pictures[0].height());
-
-            stage = kStageOffsets;
-            const OffsetStep offsets = clearImageOffsets(s);
-
-            stage = kStageBuffers;
-            std::vector<PictureView> views;
-            for (const QImage& picture : m_pictures) {
-                views.push_back(viewOf(picture));
-            }
-            loadPixelBuffers(s, PictureView{}, static_cast<int>(s.imageWidth),
-                             static_cast<int>(s.imageHeight), views,
-                             [this](const std::string& text) { m_err << text << "\n"; });
-            // The decoded series is no longer needed once the buffers hold it.
-            views.clear();
+    void seriesFound(const SeriesPattern& pattern) override {
+        progress("decoding the series");
+        m_pictures.clear();
+        m_members = decodeSeries(pattern, 2);
+        m_loader = loaderFor(m_members, m_pictures);
+    }
+    void loadMember(int k, const std::string& fileName) override { m_loader(k, fileName); }
+    PictureView memberPicture(int k) override {
+        const size_t i = static_cast<size_t>(k - 1);
+        return i < m_pictures.size() ? viewOf(m_pictures[i]) : PictureView{};
+    }
+    void startPreview() override {
+        progress("building the montage");
+        m_row = 0;
+    }
+    void seriesRead() override {
+        // A single montage never reads its pictures again: the memory is the output's.
+        m_members.clear();
+        m_members.shrink_to_fit();
+        if (m_options.command == "montage") {
             m_pictures.clear();
             m_pictures.shrink_to_fit();
-
-            stage = kStageBlockLoop;
-            progress("building the montage");
-            const int rows = static_cast<int>(s.imageHeight) / s.increment + 1;
-            int row = 0;
-            runBlockLoop(s, offsets.rowShift, [&](int16_t) {
-                ++row;
-                if (m_progress && (row % 16 == 0 || row == rows)) {
-                    m_err << "\rrow " << row << " of " << rows << std::flush;
-                }
-            });
-            if (m_progress) {
-                m_err << "\n";
-            }
-
-            stage = kStageReport;
-            ReportInputs report;
-            report.firstFileName = m_options.first;
-            report.imageCount = s.imageCount;
-            report.ignored = s.ignoredImage;
-            report.methodChecked[static_cast<size_t>(m_options.method)] = true;
-            report.incrementText = incrementText;
-            report.imageOffsets = s.imageOffsets;
-            s.propertiesString = setPropertiesString(report);
-        } catch (const RuntimeError& error) {
-            throw RunStopped{generalMessage(error, stage, "CommandGo")};
-        } catch (const std::bad_alloc&) {
-            throw RunStopped{
-                generalMessage(kOutOfMemory, errorDescription(kOutOfMemory), stage, "CommandGo")};
         }
     }
-
-    QImage montagePicture() const {
-        return paintMontage(m_state.buffers, static_cast<int>(m_state.imageWidth),
-                            static_cast<int>(m_state.imageHeight));
+    void previewRow(int16_t /*y0*/) override {
+        ++m_row;
+        const int rows = static_cast<int>(m_state.imageHeight) / m_state.increment + 1;
+        if (m_progress && (m_row % 16 == 0 || m_row == rows)) {
+            m_err << "\rrow " << m_row << " of " << rows << std::flush;
+        }
     }
-
-    float score() const {
-        return evaluateImage(m_state.buffers, m_state.imageWidth, m_state.imageHeight, 10);
+    void showMontage() override {
+        if (m_progress) {
+            m_err << "\n";
+        }
     }
-
-    const std::string& report() const { return m_state.propertiesString; }
 
   private:
     void progress(const char* what) {
@@ -289,11 +239,15 @@ class MontageRun {
     }
 
     const Options& m_options;
-    std::string m_folder;
+    const ProgramState& m_state;
+    std::string m_incrementText;
+    std::string m_fileName;
     std::ostream& m_err;
     bool m_progress;
-    ProgramState m_state;
+    std::vector<DecodedMember> m_members;
     std::vector<QImage> m_pictures;
+    MemberLoader m_loader;
+    int m_row = 0;
 };
 
 std::string absoluteIn(const std::string& folder, const std::string& name) {
@@ -304,6 +258,14 @@ std::string absoluteIn(const std::string& folder, const std::string& name) {
 
 int runCli(const std::vector<std::string>& arguments, const std::string& currentFolder,
            std::ostream& out, std::ostream& err, bool showProgress) {
+    if (arguments.size() == 1 && (arguments[0] == "--help" || arguments[0] == "-h")) {
+        out << kUsage;
+        return 0;
+    }
+    if (arguments.size() == 1 && arguments[0] == "--version") {
+        out << "lumiquilt-cli " << LUMIQUILT_VERSION << "\n";
+        return 0;
+    }
     Options options;
     try {
         options = parseOptions(arguments);
@@ -312,12 +274,23 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
         return 2;
     }
     try {
-        MontageRun run(options, currentFolder, err, showProgress);
-        run.run();
+        ProgramState state;
+        initialiseProgramState(state);
+        // Relative names are taken from the current folder.
+        state.appPath = currentFolder;
+        if (state.appPath.empty() || state.appPath.back() != '/') {
+            state.appPath += '/';
+        }
+        CliFront front(options, state, err, showProgress);
+        if (createImage(state, front) != RunEnd::completed) {
+            return 1;
+        }
         if (!options.output.empty()) {
             try {
                 const std::string target = absoluteIn(currentFolder, options.output);
-                const QImage montage = run.montagePicture();
+                const QImage montage =
+                    paintMontage(state.buffers, static_cast<int>(state.imageWidth),
+                                 static_cast<int>(state.imageHeight));
                 if (toLowerUtf8(target).ends_with(".gif")) {
                     GIF gif;
                     gif.SaveGIF(mapToHalftone(viewOf(montage)), target);
@@ -330,10 +303,11 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
         }
         if (!options.report.empty()) {
             if (options.report == "-") {
-                out << run.report();
+                out << state.propertiesString;
             } else {
                 try {
-                    writeFileAtomically(absoluteIn(currentFolder, options.report), run.report());
+                    writeFileAtomically(absoluteIn(currentFolder, options.report),
+                                        state.propertiesString);
                 } catch (const RuntimeError& error) {
                     throw RunStopped{"cannot write " + options.report + ": " + error.description()};
                 }
@@ -341,7 +315,9 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
         }
         if (options.score) {
             char line[64];
-            std::snprintf(line, sizeof line, "score %.6f\n", static_cast<double>(run.score()));
+            std::snprintf(line, sizeof line, "score %.6f\n",
+                          static_cast<double>(evaluateImage(state.buffers, state.imageWidth,
+                                                            state.imageHeight, 10)));
             out << line;
         }
     } catch (const RunStopped& stop) {

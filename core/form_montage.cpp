@@ -172,7 +172,7 @@ QImage backgroundTile() {
 }  // namespace
 
 FormMontage::FormMontage(ProgramState& state, ModalUi& ui, Settings& settings)
-    : m_state(state), m_ui(ui), m_settings(settings) {
+    : m_state(state), m_ui(ui), m_settings(settings), m_output(new OutputCommands(*this)) {
     setWindowTitle("Lumiquilt  -  from Tarnhollow Software");
     buildControls();
     buildMenus();
@@ -294,16 +294,17 @@ void FormMontage::connectMenus() {
     connect(m.mnuMakeMontage, &QAction::triggered, this, &FormMontage::CommandGo_Click);
     connect(m.mnuExit, &QAction::triggered, this, &FormMontage::mnuExit_Click);
     connect(m.mnuSmooth, &QAction::triggered, this, &FormMontage::mnuSmooth_Click);
-    connect(m.mnuJPG, &QAction::triggered, this, &FormMontage::mnuJPG_Click);
-    connect(m.mnucopy, &QAction::triggered, this, &FormMontage::mnucopy_Click);
-    connect(m.mnuEditor, &QAction::triggered, this, &FormMontage::mnuEditor_Click);
+    OutputCommands* out = m_output.get();
+    connect(m.mnuJPG, &QAction::triggered, this, [out] { out->mnuJPG_Click(); });
+    connect(m.mnucopy, &QAction::triggered, this, [out] { out->mnucopy_Click(); });
+    connect(m.mnuEditor, &QAction::triggered, this, [out] { out->mnuEditor_Click(); });
     connect(m.mnuPrint100, &QAction::triggered, this,
-            [this] { mnuPrint_Click(PrintSize::natural); });
+            [out] { out->mnuPrint_Click(OutputCommands::PrintSize::natural); });
     connect(m.mnuPrint, &QAction::triggered, this,
-            [this] { mnuPrint_Click(PrintSize::fitToPage); });
+            [out] { out->mnuPrint_Click(OutputCommands::PrintSize::fitToPage); });
     connect(m.mnuPrintHalf, &QAction::triggered, this,
-            [this] { mnuPrint_Click(PrintSize::halfPage); });
-    connect(m.mnuSelect, &QAction::triggered, this, &FormMontage::mnuSelect_Click);
+            [out] { out->mnuPrint_Click(OutputCommands::PrintSize::halfPage); });
+    connect(m.mnuSelect, &QAction::triggered, this, [out] { out->mnuSelect_Click(); });
     for (int i = 0; i < static_cast<int>(m.mnuRecentFile.size()); ++i) {
         connect(m.mnuRecentFile[static_cast<size_t>(i)], &QAction::triggered, this,
                 [this, i] { mnuRecentFile_Click(i); });
@@ -360,7 +361,7 @@ FormPicture* FormMontage::pictureWindow(int k) {
                                                  (m_targetColor >> 16) & 0xFF));
         connect(window, &PictureWindow::unloaded, this,
                 [this](PictureWindow*, const QString& caption) { removeWindowEntry(caption); });
-        connectPictureCommands(window);
+        m_output->connectPictureCommands(window);
     }
     return window;
 }
@@ -370,7 +371,7 @@ FormMontagePicture* FormMontage::montageWindow() {
         m_montageWindow = new FormMontagePicture(this);
         connect(m_montageWindow, &PictureWindow::unloaded, this,
                 [this](PictureWindow*, const QString& caption) { removeWindow2Entry(caption); });
-        connectMontageCommands(m_montageWindow);
+        m_output->connectMontageCommands(m_montageWindow);
     }
     return m_montageWindow;
 }
@@ -388,7 +389,7 @@ FormMontagePicture* FormMontage::methodWindow(int i) {
         window = new FormMontagePicture(this);
         connect(window, &PictureWindow::unloaded, this,
                 [this](PictureWindow*, const QString& caption) { removeWindow2Entry(caption); });
-        connectMontageCommands(window);
+        m_output->connectMontageCommands(window);
     }
     return window;
 }

@@ -6,12 +6,14 @@
 #include <QMenu>
 #include <QPushButton>
 #include <array>
+#include <memory>
 #include <string>
 
 #include "core/program_state.h"
 #include "display/form_picture.h"
 #include "display/modal_ui.h"
 #include "engine/montage_run.h"
+#include "output/output_commands.h"
 #include "persistence/settings.h"
 
 namespace lumiquilt {
@@ -98,6 +100,9 @@ class FormMontage : public QMainWindow {
     FormMontagePicture* montageWindow();
     FormUsed* usedWindow();
     FormMontagePicture* methodWindow(int i);
+    bool hasMethodWindow(int i) const {
+        return i >= 0 && i < 8 && m_methodWindows[static_cast<size_t>(i)] != nullptr;
+    }
     FormUsed* methodUsedWindow(int i);
     FormStatus* statusWindow();
 
@@ -115,22 +120,8 @@ class FormMontage : public QMainWindow {
     void mnuExit_Click();
     void mnuSmooth_Click();
 
-    // Output of pictures: saving, clipboard, editor, printing.
-    enum class PrintSize { natural, fitToPage, halfPage };
-    void SaveAsSub(PictureWindow* window, const std::string& suffix);
-    void mnuJPG_Click();
-    void mnucopy_Click();
-    void mnuEditor_Click();
-    void mnuPrint_Click(PrintSize size);
-    void mnuSelect_Click();
-    void copyToClipboard(const PictureWindow* source);
-    void openInEditor(const PictureWindow* source);
-    /// Prints a window's picture; a source picture prints without its target mark.
-    void printPicture(const PictureWindow* source, PrintSize size, FormPicture* marksOf = nullptr);
-    /// How long an outside program gets to read its file before it is deleted.
-    double outsideProgramWait = 3.0;
-    /// The printer chosen in the Printer Wizard; empty for the system's default.
-    std::string printerName;
+    /// Save As, clipboard, editor and printing.
+    OutputCommands& output() { return *m_output; }
 
     /// Rebuilds the Window menu from the visible windows.
     void updateWindowMenu();
@@ -171,23 +162,9 @@ class FormMontage : public QMainWindow {
     void connectMenus();
     void makeBackground();
 
-    void runCreateImage();
-    /// The offset step of a run: where the images are aligned, and the row shift.
-    OffsetStep applyOffsetStep();
-    /// Loads the buffers from the windows at the start of the block loop.
-    void startProgressPreview();
-    /// After each row of blocks, with the row's first buffer row.
-    void progressPreviewRow(int16_t y0);
+    friend class CreateImageWindows;
     void removeWindowEntry(const QString& caption);
     void removeWindow2Entry(const QString& caption);
-
-    /// True when the main montage window shows a montage; otherwise tells the user
-    /// there is none to `verb` ("save", "copy", "edit", "print").
-    bool montageOnView(const char* verb);
-    void connectPictureCommands(FormPicture* window);
-    void connectMontageCommands(FormMontagePicture* window);
-    /// Waits outsideProgramWait seconds with the window queue running.
-    void waitForOutsideProgram();
 
     /// Lets the window queue run once; throws ProcessEnding once the window closed.
     void yieldEvents();
@@ -214,6 +191,7 @@ class FormMontage : public QMainWindow {
     ModalUi& m_ui;
     Settings& m_settings;
     RecentFiles m_recent;
+    std::unique_ptr<OutputCommands> m_output;
     uint32_t m_targetColor = 0;
     bool m_runInProgress = false;
     bool m_closing = false;

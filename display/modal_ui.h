@@ -8,12 +8,13 @@
 #include <string>
 #include <vector>
 
+#include "core/message.h"
+
 class QWidget;
 class QPrinter;
 
 namespace lumiquilt {
 
-enum class MessageIcon { none, critical, question, exclamation, information };
 enum class MessageButtons { ok, okCancel, yesNo, yesNoCancel };
 enum class MessageResult { ok, cancel, yes, no };
 

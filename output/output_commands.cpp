@@ -5,6 +5,8 @@
 #include <QThread>
 #include <random>
 
+#include "output/output_commands.h"
+
 #include "core/form_montage.h"
 #include "core/numbers.h"
 #include "core/runtime_error.h"
@@ -31,54 +33,55 @@ bool removeFile(const std::string& name) {
 
 }  // namespace
 
-void FormMontage::connectPictureCommands(FormPicture* w) {
-    connect(w->mnuSaveAs, &QAction::triggered, this, [this, w] { SaveAsSub(w, " copy"); });
-    connect(w->mnucopy, &QAction::triggered, this, [this, w] { copyToClipboard(w); });
-    connect(w->mnuEditor, &QAction::triggered, this, [this, w] { openInEditor(w); });
-    connect(w->mnuPrint100, &QAction::triggered, this,
-            [this, w] { printPicture(w, PrintSize::natural, w); });
-    connect(w->mnuPrint, &QAction::triggered, this,
-            [this, w] { printPicture(w, PrintSize::fitToPage, w); });
-    connect(w->mnuPrintHalf, &QAction::triggered, this,
-            [this, w] { printPicture(w, PrintSize::halfPage, w); });
+void OutputCommands::connectPictureCommands(FormPicture* w) {
+    QObject::connect(w->mnuSaveAs, &QAction::triggered, &f, [this, w] { SaveAsSub(w, " copy"); });
+    QObject::connect(w->mnucopy, &QAction::triggered, &f, [this, w] { copyToClipboard(w); });
+    QObject::connect(w->mnuEditor, &QAction::triggered, &f, [this, w] { openInEditor(w); });
+    QObject::connect(w->mnuPrint100, &QAction::triggered, &f,
+                     [this, w] { printPicture(w, PrintSize::natural, w); });
+    QObject::connect(w->mnuPrint, &QAction::triggered, &f,
+                     [this, w] { printPicture(w, PrintSize::fitToPage, w); });
+    QObject::connect(w->mnuPrintHalf, &QAction::triggered, &f,
+                     [this, w] { printPicture(w, PrintSize::halfPage, w); });
 }
 
-void FormMontage::connectMontageCommands(FormMontagePicture* w) {
+void OutputCommands::connectMontageCommands(FormMontagePicture* w) {
     // Copy and print take the main montage, also from a method window; Save As and
     // the editor take the window's own picture.
-    connect(w->mnuSaveAs, &QAction::triggered, this, [this, w] { SaveAsSub(w, " montage"); });
-    connect(w->mnucopy, &QAction::triggered, this, [this] { copyToClipboard(montageWindow()); });
-    connect(w->mnuEditor, &QAction::triggered, this, [this, w] { openInEditor(w); });
-    connect(w->mnuPrint100, &QAction::triggered, this,
-            [this] { printPicture(montageWindow(), PrintSize::natural); });
-    connect(w->mnuPrint, &QAction::triggered, this,
-            [this] { printPicture(montageWindow(), PrintSize::fitToPage); });
-    connect(w->mnuPrintHalf, &QAction::triggered, this,
-            [this] { printPicture(montageWindow(), PrintSize::halfPage); });
-    connect(w->mnuSmooth, &QAction::triggered, this, [this, w] {
+    QObject::connect(w->mnuSaveAs, &QAction::triggered, &f,
+                     [this, w] { SaveAsSub(w, " montage"); });
+    QObject::connect(w->mnucopy, &QAction::triggered, &f,
+                     [this] { copyToClipboard(f.montageWindow()); });
+    QObject::connect(w->mnuEditor, &QAction::triggered, &f, [this, w] { openInEditor(w); });
+    QObject::connect(w->mnuPrint100, &QAction::triggered, &f,
+                     [this] { printPicture(f.montageWindow(), PrintSize::natural); });
+    QObject::connect(w->mnuPrint, &QAction::triggered, &f,
+                     [this] { printPicture(f.montageWindow(), PrintSize::fitToPage); });
+    QObject::connect(w->mnuPrintHalf, &QAction::triggered, &f,
+                     [this] { printPicture(f.montageWindow(), PrintSize::halfPage); });
+    QObject::connect(w->mnuSmooth, &QAction::triggered, &f, [this, w] {
         // A method window is found by its caption, and the seven method pictures are
         // read into their slots before the step.
-        if (w == m_montageWindow || w->Caption() == montageWindow()->Caption()) {
-            smoothMontage(m_state.buffers, 999, kTrue);
+        if (w == f.montageWindow() || w->Caption() == f.montageWindow()->Caption()) {
+            smoothMontage(f.state().buffers, 999, kTrue);
             return;
         }
-        for (int i = 0; i < static_cast<int>(m_methodWindows.size()); ++i) {
-            if (m_methodWindows[static_cast<size_t>(i)] == nullptr ||
-                m_methodWindows[static_cast<size_t>(i)]->Caption() != w->Caption()) {
+        for (int i = 0; i < 8; ++i) {
+            if (!f.hasMethodWindow(i) || f.methodWindow(i)->Caption() != w->Caption()) {
                 continue;
             }
             std::vector<PictureView> views;
             for (int slot = 0; slot < 7; ++slot) {
-                views.push_back(viewOf(methodWindow(slot)->PictureFile->picture()));
+                views.push_back(viewOf(f.methodWindow(slot)->PictureFile->picture()));
             }
-            loadMethodPixelBuffers(m_state, views);
-            smoothMontage(m_state.buffers, i, kTrue);
+            loadMethodPixelBuffers(f.state(), views);
+            smoothMontage(f.state().buffers, i, kTrue);
             return;
         }
     });
 }
 
-void FormMontage::waitForOutsideProgram() {
+void OutputCommands::waitForOutsideProgram() {
     QElapsedTimer clock;
     clock.start();
     while (clock.elapsed() < static_cast<qint64>(outsideProgramWait * 1000)) {
@@ -87,23 +90,23 @@ void FormMontage::waitForOutsideProgram() {
     }
 }
 
-bool FormMontage::montageOnView(const char* verb) {
-    if (m_montageWindow != nullptr && m_montageWindow->isVisible()) {
+bool OutputCommands::montageOnView(const char* verb) {
+    if (f.montageWindow()->isVisible()) {
         return true;
     }
-    m_ui.messageBox(std::string("You have not got a Montage image to ") + verb + ".",
-                    "Make one, then try again", MessageIcon::critical);
+    f.ui().messageBox(std::string("You have not got a Montage image to ") + verb + ".",
+                      "Make one, then try again", MessageIcon::critical);
     return false;
 }
 
-void FormMontage::mnuJPG_Click() {
+void OutputCommands::mnuJPG_Click() {
     if (montageOnView("save")) {
-        SaveAsSub(m_montageWindow, " montage");
+        SaveAsSub(f.montageWindow(), " montage");
     }
 }
 
-void FormMontage::SaveAsSub(PictureWindow* window, const std::string& suffix) {
-    ProgramState& s = m_state;
+void OutputCommands::SaveAsSub(PictureWindow* window, const std::string& suffix) {
+    ProgramState& s = f.state();
     int stage = 8000;
     try {
         FileDialogRequest request;
@@ -113,7 +116,7 @@ void FormMontage::SaveAsSub(PictureWindow* window, const std::string& suffix) {
         const QImage picture = window->PictureFile->picture();
         for (;;) {
             stage = 8300;
-            const std::optional<std::string> chosen = m_ui.saveFileName(request);
+            const std::optional<std::string> chosen = f.ui().saveFileName(request);
             if (!chosen) {
                 return;  // Cancel leaves silently
             }
@@ -128,8 +131,9 @@ void FormMontage::SaveAsSub(PictureWindow* window, const std::string& suffix) {
                     removeFile(temporary);
                     savePicture(picture, temporary, "BMP");
                     QCoreApplication::processEvents();
-                    m_ui.startProgram(s.appPath + "CSTjpeg",
-                                      {QString::fromStdString(temporary + "," + s.outputFileName)});
+                    f.ui().startProgram(
+                        s.appPath + "CSTjpeg",
+                        {QString::fromStdString(temporary + "," + s.outputFileName)});
                     QCoreApplication::processEvents();
                 } catch (const RuntimeError&) {
                 }
@@ -147,7 +151,7 @@ void FormMontage::SaveAsSub(PictureWindow* window, const std::string& suffix) {
 
             stage = 8600;
             if (road == SaveRoad::gif) {
-                if (m_ui.messageBox(
+                if (f.ui().messageBox(
                         "GIF format can only cope with a 256 color palette, ie not as many as your "
                         "screen.   I use a 256 half tone palette.   You may find the picture "
                         "colours "
@@ -161,7 +165,7 @@ void FormMontage::SaveAsSub(PictureWindow* window, const std::string& suffix) {
                 if (picture.width() > windowWidth || picture.height() > windowHeight) {
                     const std::string size =
                         std::to_string(picture.width()) + "x" + std::to_string(picture.height());
-                    if (m_ui.messageBox(
+                    if (f.ui().messageBox(
                             "The .GIF format will only allow the saving of screen size images.   "
                             "Your image is larger than this  (" +
                                 size +
@@ -173,7 +177,7 @@ void FormMontage::SaveAsSub(PictureWindow* window, const std::string& suffix) {
                         continue;  // the dialog again; the new name chooses the road
                     }
                 }
-                FormGIF form(window, m_ui, picture, s.outputFileName);
+                FormGIF form(window, f.ui(), picture, s.outputFileName);
                 form.exec();
                 if (form.failure()) {
                     throw *form.failure();
@@ -183,47 +187,48 @@ void FormMontage::SaveAsSub(PictureWindow* window, const std::string& suffix) {
 
             // The BMP road writes a BMP whatever the name says.
             savePicture(picture, s.outputFileName, "BMP");
-            m_ui.messageBox("File  " + s.outputFileName + "  created.", "Lumiquilt",
-                            MessageIcon::information);
+            f.ui().messageBox("File  " + s.outputFileName + "  created.", "Lumiquilt",
+                              MessageIcon::information);
             return;
         }
     } catch (const RuntimeError& error) {
-        showGeneralMessage(error.number(), error.description(), stage, "SaveAsSub");
+        f.ui().messageBox(generalMessage(error, stage, "SaveAsSub"),
+                          std::string(kGeneralMessageTitle), MessageIcon::critical);
     }
 }
 
-void FormMontage::mnucopy_Click() {
+void OutputCommands::mnucopy_Click() {
     if (montageOnView("copy")) {
-        copyToClipboard(m_montageWindow);
+        copyToClipboard(f.montageWindow());
     }
 }
 
-void FormMontage::copyToClipboard(const PictureWindow* source) {
-    m_ui.setClipboardImage(source->PictureFile->picture());
+void OutputCommands::copyToClipboard(const PictureWindow* source) {
+    f.ui().setClipboardImage(source->PictureFile->picture());
 }
 
-void FormMontage::mnuEditor_Click() {
+void OutputCommands::mnuEditor_Click() {
     if (montageOnView("edit")) {
-        openInEditor(m_montageWindow);
+        openInEditor(f.montageWindow());
     }
 }
 
-void FormMontage::openInEditor(const PictureWindow* source) {
+void OutputCommands::openInEditor(const PictureWindow* source) {
     // Every step that fails is passed over; the editor gets what could be made.
     const QImage picture = source->PictureFile->picture();
     try {
-        m_state.outputFileName = temporaryPictureName(privateTemporaryFolder(), randomUnit);
+        f.state().outputFileName = temporaryPictureName(privateTemporaryFolder(), randomUnit);
     } catch (const RuntimeError&) {
         return;
     }
-    const std::string name = m_state.outputFileName;
+    const std::string name = f.state().outputFileName;
     removeFile(name);
     try {
         savePicture(picture, name, "BMP");
     } catch (const RuntimeError&) {
     }
     QCoreApplication::processEvents();
-    m_ui.openWithDesktop(name);
+    f.ui().openWithDesktop(name);
     QCoreApplication::processEvents();
     waitForOutsideProgram();
     removeFile(name);

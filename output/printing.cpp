@@ -9,6 +9,7 @@
 #include <QScreen>
 
 #include "core/form_montage.h"
+#include "output/output_commands.h"
 
 namespace lumiquilt {
 
@@ -16,24 +17,25 @@ QRectF printRectangle(int size, QSizeF pictureSize, QSizeF pageSize) {
     // Page sizes are read as whole numbers, the products worked in double.
     const double w = static_cast<int>(pageSize.width());
     const double h = static_cast<int>(pageSize.height());
-    switch (static_cast<FormMontage::PrintSize>(size)) {
-        case FormMontage::PrintSize::fitToPage:
+    switch (static_cast<OutputCommands::PrintSize>(size)) {
+        case OutputCommands::PrintSize::fitToPage:
             return {0, 0, w * 0.95, h * 0.95};
-        case FormMontage::PrintSize::halfPage:
+        case OutputCommands::PrintSize::halfPage:
             return {0, 0, w / 2, h / 2};
-        case FormMontage::PrintSize::natural:
+        case OutputCommands::PrintSize::natural:
             break;
     }
     return {QPointF(0, 0), pictureSize};
 }
 
-void FormMontage::mnuPrint_Click(PrintSize size) {
+void OutputCommands::mnuPrint_Click(PrintSize size) {
     if (montageOnView("print")) {
-        printPicture(m_montageWindow, size);
+        printPicture(f.montageWindow(), size);
     }
 }
 
-void FormMontage::printPicture(const PictureWindow* source, PrintSize size, FormPicture* marksOf) {
+void OutputCommands::printPicture(const PictureWindow* source, PrintSize size,
+                                  FormPicture* marksOf) {
     // The target mark doesn't print; it comes back as it was, whatever happens.
     const bool marks = marksOf != nullptr && marksOf->PictureFile->marksVisible();
     struct RestoreMarks {
@@ -53,7 +55,7 @@ void FormMontage::printPicture(const PictureWindow* source, PrintSize size, Form
     if (!printerName.empty()) {
         printer.setPrinterName(QString::fromStdString(printerName));
     }
-    if (!m_ui.choosePrinter(printer)) {
+    if (!f.ui().choosePrinter(printer)) {
         return;  // Cancel ends the command without a word
     }
     QApplication::setOverrideCursor(Qt::WaitCursor);
@@ -74,8 +76,8 @@ void FormMontage::printPicture(const PictureWindow* source, PrintSize size, Form
     QApplication::restoreOverrideCursor();
 }
 
-void FormMontage::mnuSelect_Click() {
-    Pselect wizard(this, printerName);
+void OutputCommands::mnuSelect_Click() {
+    Pselect wizard(&f, printerName);
     if (wizard.exec() == QDialog::Accepted) {
         printerName = wizard.chosen();
     }

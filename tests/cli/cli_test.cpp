@@ -58,6 +58,20 @@ TEST(Cli, UsageErrorsExitTwo) {
     }
 }
 
+TEST(Cli, HelpAndVersionGoToStandardOutput) {
+    for (const char* flag : {"--help", "-h"}) {
+        const CliRun r = cli({flag}, "/");
+        EXPECT_EQ(r.code, 0) << flag;
+        EXPECT_EQ(r.out.rfind("usage: lumiquilt-cli montage FIRST", 0), 0u) << flag;
+        EXPECT_TRUE(r.err.empty()) << flag;
+    }
+    const CliRun v = cli({"--version"}, "/");
+    EXPECT_EQ(v.code, 0);
+    EXPECT_EQ(v.out, std::string("lumiquilt-cli ") + LUMIQUILT_VERSION + "\n");
+    // Only alone are they answers; beside a command they are unknown options.
+    EXPECT_EQ(cli({"montage", "s1.png", "--version"}, "/").code, 2);
+}
+
 TEST(Cli, ReportAndScore) {
     TestFolder dir;
     makeSeries(dir, 3);

@@ -20,7 +20,7 @@ class OutputTest : public UiTest {
         UiTest::SetUp();
         start();
         form().activateFirstTime();
-        form().outsideProgramWait = 0.2;
+        form().output().outsideProgramWait = 0.2;
     }
     void makeMontage() {
         makeSeries("s", 3);
@@ -114,7 +114,7 @@ TEST_F(OutputTest, JpegRoadRunsTheConverterAndCleansUp) {
     makeMontage();
     fs::create_symlink(LUMIQUILT_BIN_DIR "/CSTjpeg", dir.path("CSTjpeg"));
     ui.reallyStartPrograms = true;
-    form().outsideProgramWait = 1.5;
+    form().output().outsideProgramWait = 1.5;
     ui.fileAnswers.push_back(dir.path("with blank.JPG"));
     form().m.mnuJPG->trigger();
     EXPECT_TRUE(ui.messages.empty());  // the JPEG road says nothing
