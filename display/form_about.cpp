@@ -1,9 +1,9 @@
 #include "display/form_about.h"
 
 #include <QFrame>
-#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QPixmap>
+#include <QVBoxLayout>
 
 #include "core/files.h"
 #include "core/form_montage.h"
@@ -39,7 +39,7 @@ frmAbout::frmAbout(ModalUi& ui, std::unique_ptr<SystemKeys> keys, QWidget* paren
     const QString page = kProductWebPage;
     lblDescription = new QLabel(
         "Lumiquilt combines a number of pictures of one scene, taken at different "
-        "exposures, and presents a single well exposed picture. More at <a href=\"" +
+        "exposures, and presents a single well exposed picture.<br><a href=\"" +
             page + "\">" + page.toHtmlEscaped() + "</a>",
         this);
     lblDescription->setWordWrap(true);
@@ -70,22 +70,34 @@ frmAbout::frmAbout(ModalUi& ui, std::unique_ptr<SystemKeys> keys, QWidget* paren
     connect(cmdOK, &QPushButton::clicked, this, &QDialog::accept);
     connect(cmdSysInfo, &QPushButton::clicked, this, &frmAbout::cmdSysInfo_Click);
 
-    auto* grid = new QGridLayout(this);
-    grid->setHorizontalSpacing(16);
-    grid->addWidget(picIcon, 0, 0, 3, 1);
-    grid->addWidget(lblTitle, 0, 1);
-    grid->addWidget(lblVersion, 1, 1);
-    grid->addWidget(lblDescription, 2, 1);
-    grid->addWidget(line, 3, 0, 1, 2);
-    auto* bottom = new QHBoxLayout;
-    bottom->addWidget(lblDisclaimer, 1);
+    lblDescription->setMinimumWidth(320);
+    lblDisclaimer->setMinimumWidth(300);
+
+    auto* text = new QVBoxLayout;
+    text->addWidget(lblTitle);
+    text->addWidget(lblVersion);
+    text->addSpacing(6);
+    text->addWidget(lblDescription);
+    auto* top = new QHBoxLayout;
+    top->setSpacing(16);
+    top->addWidget(picIcon, 0, Qt::AlignTop);
+    top->addLayout(text, 1);
+
     auto* buttons = new QVBoxLayout;
     buttons->addWidget(cmdOK);
     buttons->addWidget(cmdSysInfo);
     buttons->addStretch();
+    auto* bottom = new QHBoxLayout;
+    bottom->setSpacing(16);
+    bottom->addWidget(lblDisclaimer, 1);
     bottom->addLayout(buttons);
-    grid->addLayout(bottom, 4, 0, 1, 2);
-    setFixedWidth(460);
+
+    auto* all = new QVBoxLayout(this);
+    all->addLayout(top);
+    all->addWidget(line);
+    all->addLayout(bottom);
+    // The box takes the size its wrapped texts need, and keeps it.
+    all->setSizeConstraint(QLayout::SetFixedSize);
 }
 
 void frmAbout::cmdSysInfo_Click() {
