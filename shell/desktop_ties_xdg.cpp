@@ -68,7 +68,7 @@ QString programPath(const ShellPlaces& places) {
 // The icon that stands beside the program; the theme's when there is none.
 QString iconValue(const ShellPlaces& places) {
     const QString beside = QString::fromStdString(places.appPath) + "lumiquilt.svg";
-    return QFileInfo::exists(beside) ? entryString(beside) : QString("lumiquilt");
+    return QFileInfo::exists(beside) ? entryString(beside) : QString("org.example.lumiquilt");
 }
 
 bool writeEntry(const QString& path, const QString& text, bool executable) {
