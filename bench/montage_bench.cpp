@@ -6,6 +6,8 @@
 //   writing      against decoding one file of the same size
 //   whole run    (lumiquilt-cli montage ... -o out.jpg, its own process) against
 //                decoding alone
+//   compare and evaluate --all-methods (5 pictures only), each against one montage
+//                run in its own process
 //
 //   montage_bench [PHOTO] [--quick]
 #include <QCoreApplication>
@@ -69,7 +71,8 @@ std::string makeSeries(const QImage& photo, const QString& folder, int count, in
     return (folder + "/bench1.jpg").toStdString();
 }
 
-void benchSeries(const QImage& photo, int count, int width, int height, bool quick) {
+void benchSeries(const QImage& photo, int count, int width, int height, bool quick,
+                 bool evaluations) {
     QTemporaryDir dir;
     const std::string first = makeSeries(photo, dir.path(), count, width, height);
     const int repeats = quick ? 1 : 3;
@@ -182,6 +185,26 @@ void benchSeries(const QImage& photo, int count, int width, int height, bool qui
     row("whole cli run with -o out.jpg", whole, decodeTwo, "decode alone, 2 threads");
     row("whole cli run, no output", bare, decodeOne, "decode alone, 1 thread");
     row("whole cli run, no output", bare, decodeTwo, "decode alone, 2 threads");
+
+    if (!evaluations) {
+        return;
+    }
+    // The passes decode the series once: seven block loops and scores should cost
+    // little beside it, and even 140 runs only a few montages' worth.
+    auto commandRun = [&](const QStringList& command, int times) {
+        return seconds(
+            [&] {
+                QProcess process;
+                process.start(cli, command + QStringList{QString::fromStdString(first)});
+                process.waitForFinished(-1);
+            },
+            times);
+    };
+    const double montageRun = commandRun({"montage"}, repeats);
+    const double compare = commandRun({"compare"}, repeats);
+    const double evaluateAll = commandRun({"evaluate", "--all-methods"}, 1);
+    row("cli compare", compare, montageRun, "one cli montage run (target 2 x)");
+    row("cli evaluate --all-methods", evaluateAll, montageRun, "one cli montage run (target 6 x)");
 }
 
 }  // namespace
@@ -203,7 +226,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "montage_bench: cannot read %s\n", qPrintable(photoName));
         return 1;
     }
-    benchSeries(photo, 5, 4000, 3000, quick);
-    benchSeries(photo, 30, 1632, 1224, quick);
+    benchSeries(photo, 5, 4000, 3000, quick, true);
+    benchSeries(photo, 30, 1632, 1224, quick, false);
     return 0;
 }

@@ -3,6 +3,8 @@
 #include <QImage>
 #include <array>
 #include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <optional>
 #include <ostream>
@@ -15,6 +17,7 @@
 #include "engine/evaluate_image.h"
 #include "engine/measures.h"
 #include "engine/properties_report.h"
+#include "evaluation/evaluation_passes.h"
 #include "output/gif_encoder.h"
 #include "persistence/profile_file.h"
 #include "series/picture_io.h"
@@ -38,7 +41,8 @@ constexpr const char* kUsage =
     "  --mark K:X,Y           centre of image K's target mark, Y downward\n"
     "  -o, --output FILE      write the montage (.bmp, .jpg, .jpeg, .gif, .png)\n"
     "  --report FILE          write the run's report; - for standard output\n"
-    "  --score                print the seam score at block size 10\n";
+    "  --score                print the seam score at block size 10\n"
+    "  --all-methods          evaluate: the increments of all seven methods\n";
 
 struct Options {
     std::string command;
@@ -161,9 +165,6 @@ Options parseOptions(const std::vector<std::string>& args) {
     if (!o.offsets.empty() || !o.marks.empty()) {
         throw UsageError{"image offsets are not available in this version"};
     }
-    if (o.command != "montage") {
-        throw UsageError{"the " + o.command + " command is not available in this version"};
-    }
     return o;
 }
 
@@ -174,15 +175,25 @@ class CliFront : public CreateImageFront {
     CliFront(const Options& options, const ProgramState& state, std::ostream& err, bool progress)
         : m_options(options),
           m_state(state),
+          m_method(options.method),
           m_incrementText(options.incrementText),
           m_fileName(options.first),
           m_err(err),
           m_progress(progress) {}
 
+    /// The ticked method, -1 for none: the one choice the passes change.
+    int method() const { return m_method; }
+    void setMethod(int method) { m_method = method; }
+    /// Runs that are passes of a comparison name their method and increment in the
+    /// progress line.
+    void setPassesRunning(bool on) { m_passes = on; }
+
     RunChoices choices() override {
         RunChoices c;
         c.incrementText = m_incrementText;
-        c.methodChecked[static_cast<size_t>(m_options.method)] = true;
+        if (m_method >= 0 && m_method < kMethodCount) {
+            c.methodChecked[static_cast<size_t>(m_method)] = true;
+        }
         c.ignored = m_options.ignored;
         return c;
     }
@@ -195,9 +206,14 @@ class CliFront : public CreateImageFront {
     }
 
     void seriesFound(const SeriesPattern& pattern) override {
-        progress("decoding the series");
         m_pictures.clear();
-        m_members = decodeSeries(pattern, 2);
+        // The passes load the same series again and again: decode it once, and again
+        // only when one of its files has changed.
+        if (!sameFilesAsDecoded(pattern)) {
+            progress("decoding the series");
+            m_members = decodeSeries(pattern, 2);
+            m_decodedStamps = stampsOf(pattern, m_members.size());
+        }
         m_loader = loaderFor(m_members, m_pictures);
     }
     void loadMember(int k, const std::string& fileName) override { m_loader(k, fileName); }
@@ -206,14 +222,18 @@ class CliFront : public CreateImageFront {
         return i < m_pictures.size() ? viewOf(m_pictures[i]) : PictureView{};
     }
     void startPreview() override {
-        progress("building the montage");
+        if (!m_passes) {
+            progress("building the montage");
+        }
         m_row = 0;
     }
     void seriesRead() override {
         // A single montage never reads its pictures again: the memory is the output's.
-        m_members.clear();
-        m_members.shrink_to_fit();
+        // The passes of compare and evaluate read them once for each montage.
         if (m_options.command == "montage") {
+            m_members.clear();
+            m_members.shrink_to_fit();
+            m_decodedStamps.clear();
             m_pictures.clear();
             m_pictures.shrink_to_fit();
         }
@@ -222,11 +242,20 @@ class CliFront : public CreateImageFront {
         ++m_row;
         const int rows = static_cast<int>(m_state.imageHeight) / m_state.increment + 1;
         if (m_progress && (m_row % 16 == 0 || m_row == rows)) {
-            m_err << "\rrow " << m_row << " of " << rows << std::flush;
+            m_err << "\r";
+            if (m_passes) {
+                m_err << "method " << m_method << ", increment " << m_state.increment << ": ";
+            }
+            m_err << "row " << m_row << " of " << rows << "    " << std::flush;
         }
     }
     void showMontage() override {
-        if (m_progress) {
+        if (m_progress && !m_passes) {
+            m_err << "\n";
+        }
+    }
+    void endPassesProgress() {
+        if (m_progress && m_passes) {
             m_err << "\n";
         }
     }
@@ -234,12 +263,53 @@ class CliFront : public CreateImageFront {
   private:
     void progress(const char* what) {
         if (m_progress) {
+            if (m_passes) {
+                m_err << "\n";
+            }
             m_err << what << "...\n";
         }
     }
 
+    // What tells a file that has changed since it was decoded.
+    struct FileStamp {
+        std::string name;
+        bool exists = false;
+        std::uintmax_t size = 0;
+        std::filesystem::file_time_type written;
+        bool operator==(const FileStamp&) const = default;
+    };
+    static FileStamp stampOf(const std::string& name) {
+        FileStamp stamp{name, false, 0, {}};
+        std::error_code error;
+        const auto status = std::filesystem::status(name, error);
+        if (!error && std::filesystem::is_regular_file(status)) {
+            stamp.exists = true;
+            stamp.size = std::filesystem::file_size(name, error);
+            stamp.written = std::filesystem::last_write_time(name, error);
+        }
+        return stamp;
+    }
+    // The members decoded and the name after the last, which must stay missing.
+    static std::vector<FileStamp> stampsOf(const SeriesPattern& pattern, std::size_t members) {
+        std::vector<FileStamp> stamps;
+        for (std::size_t k = 1; k <= members + 1; ++k) {
+            try {
+                stamps.push_back(stampOf(memberName(pattern, static_cast<int>(k))));
+            } catch (const RuntimeError&) {
+                break;  // no number beyond 16 bits: nothing more can join the series
+            }
+        }
+        return stamps;
+    }
+    bool sameFilesAsDecoded(const SeriesPattern& pattern) const {
+        return !m_decodedStamps.empty() && stampsOf(pattern, m_members.size()) == m_decodedStamps;
+    }
+
     const Options& m_options;
     const ProgramState& m_state;
+    int m_method;
+    bool m_passes = false;
+    std::vector<FileStamp> m_decodedStamps;
     std::string m_incrementText;
     std::string m_fileName;
     std::ostream& m_err;
@@ -252,6 +322,58 @@ class CliFront : public CreateImageFront {
 
 std::string absoluteIn(const std::string& folder, const std::string& name) {
     return isAbsoluteName(name) ? name : folder + "/" + name;
+}
+
+// The command-line side of compare and evaluate: the method is the one tick, the
+// question is answered by the command itself, and the comparison keeps a copy of its
+// best montage, where the window program keeps seven windows.
+class CliPasses : public EvaluationFront {
+  public:
+    CliPasses(CliFront& road, ProgramState& state) : m_road(road), s(state) {
+        m_road.setPassesRunning(true);
+    }
+    ~CliPasses() override {
+        m_road.endPassesProgress();
+        m_road.setPassesRunning(false);
+    }
+    CliPasses(const CliPasses&) = delete;
+    CliPasses& operator=(const CliPasses&) = delete;
+
+    CreateImageFront& road() override { return m_road; }
+    int tickedMethod() override { return m_road.method(); }
+    void tickOnly(int method) override { m_road.setMethod(method); }
+    bool confirm(const std::string& /*text*/, const std::string& /*title*/) override {
+        return true;  // asking for --all-methods is the answer
+    }
+    void passScored(const PassScore& /*score*/, bool newBest) override {
+        if (newBest && m_keepBest) {
+            const PixelBuffers& b = s.buffers;
+            const uint8_t* slot = b.montageSlot(PixelBuffers::kFirstMontageSlot);
+            m_best.assign(slot,
+                          slot + b.montageRowBytes() * static_cast<size_t>(b.montageMaxY + 1));
+        }
+    }
+    void showComparisonBest(int /*slot*/) override {
+        PixelBuffers& b = s.buffers;
+        if (m_best.size() == b.montageRowBytes() * static_cast<size_t>(b.montageMaxY + 1)) {
+            std::memcpy(b.montageSlot(PixelBuffers::kFirstMontageSlot), m_best.data(),
+                        m_best.size());
+        }
+    }
+    /// Only a comparison needs the copy: the evaluations make their best once more.
+    void keepBestMontage() { m_keepBest = true; }
+
+  private:
+    CliFront& m_road;
+    ProgramState& s;
+    bool m_keepBest = false;
+    std::vector<uint8_t> m_best;
+};
+
+std::string scoreText(float score) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%.6f", static_cast<double>(score));
+    return text;
 }
 
 }  // namespace
@@ -282,8 +404,48 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
             state.appPath += '/';
         }
         CliFront front(options, state, err, showProgress);
-        if (createImage(state, front) != RunEnd::completed) {
+        // The evaluations take their range of increments from the width that a run
+        // with the same options leaves.
+        if (options.command != "compare" && createImage(state, front) != RunEnd::completed) {
             return 1;
+        }
+        std::string report = state.propertiesString;
+        if (options.command == "compare") {
+            CliPasses passes(front, state);
+            passes.keepBestMontage();
+            const EvaluationResult result = compareAllMethods(state, passes);
+            if (result.end != EvaluationEnd::completed) {
+                return 1;
+            }
+            for (const PassScore& pass : result.scores) {
+                out << "method " << pass.method << " " << scoreText(pass.score) << "\n";
+            }
+            out << "best " << state.bestMethod << " "
+                << kMethodCaptions[static_cast<size_t>(state.bestMethod)] << "\n";
+            report =
+                state.methodProperties[static_cast<size_t>(kMethodCount - 1 - state.bestMethod)];
+        } else if (options.command == "evaluate") {
+            // Nothing tried leaves the method the command was asked about.
+            state.bestMethod = static_cast<int16_t>(options.method);
+            EvaluationResult result;
+            {
+                CliPasses passes(front, state);
+                result = options.allMethods ? evaluateIncrementsAllMethods(state, passes)
+                                            : evaluateIncrements(state, passes);
+            }
+            if (result.end != EvaluationEnd::completed) {
+                return 1;
+            }
+            int lastMethod = -1;
+            for (const PassScore& pass : result.scores) {
+                if (options.allMethods && pass.method != lastMethod) {
+                    out << "method " << pass.method << "\n";
+                    lastMethod = pass.method;
+                }
+                out << "increment " << pass.increment << " " << scoreText(pass.score) << "\n";
+            }
+            out << "best " << state.bestMethod << " " << state.bestIncrement << "\n";
+            report = state.propertiesString;
         }
         if (!options.output.empty()) {
             try {
@@ -303,11 +465,10 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
         }
         if (!options.report.empty()) {
             if (options.report == "-") {
-                out << state.propertiesString;
+                out << report;
             } else {
                 try {
-                    writeFileAtomically(absoluteIn(currentFolder, options.report),
-                                        state.propertiesString);
+                    writeFileAtomically(absoluteIn(currentFolder, options.report), report);
                 } catch (const RuntimeError& error) {
                     throw RunStopped{"cannot write " + options.report + ": " + error.description()};
                 }

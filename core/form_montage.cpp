@@ -15,8 +15,11 @@
 #include "core/runtime_error.h"
 #include "display/form_about.h"
 #include "display/window_geometry.h"
+#include "engine/form_preview.h"
 #include "engine/measures.h"
 #include "engine/montage_run.h"
+#include "evaluation/evaluation_commands.h"
+#include "persistence/form_preferences.h"
 
 namespace lumiquilt {
 
@@ -294,6 +297,12 @@ void FormMontage::connectMenus() {
     connect(m.mnuMakeMontage, &QAction::triggered, this, &FormMontage::CommandGo_Click);
     connect(m.mnuExit, &QAction::triggered, this, &FormMontage::mnuExit_Click);
     connect(m.mnuSmooth, &QAction::triggered, this, &FormMontage::mnuSmooth_Click);
+    connect(m.mnuAllMethods, &QAction::triggered, this,
+            [this] { EvaluationCommands(*this).mnuAllMethods_Click(); });
+    connect(m.mnuEvaluate, &QAction::triggered, this,
+            [this] { EvaluationCommands(*this).mnuEvaluate_Click(); });
+    connect(m.mnuEvaluateAll, &QAction::triggered, this,
+            [this] { EvaluationCommands(*this).mnuEvaluateAll_Click(); });
     OutputCommands* out = m_output.get();
     connect(m.mnuJPG, &QAction::triggered, this, [out] { out->mnuJPG_Click(); });
     connect(m.mnucopy, &QAction::triggered, this, [out] { out->mnucopy_Click(); });
@@ -305,6 +314,8 @@ void FormMontage::connectMenus() {
     connect(m.mnuPrintHalf, &QAction::triggered, this,
             [out] { out->mnuPrint_Click(OutputCommands::PrintSize::halfPage); });
     connect(m.mnuSelect, &QAction::triggered, this, [out] { out->mnuSelect_Click(); });
+    connect(m.mnuPreferences, &QAction::triggered, this,
+            [this] { PreferencesCommands::of(*this).mnuPreferences_Click(); });
     for (int i = 0; i < static_cast<int>(m.mnuRecentFile.size()); ++i) {
         connect(m.mnuRecentFile[static_cast<size_t>(i)], &QAction::triggered, this,
                 [this, i] { mnuRecentFile_Click(i); });
@@ -362,6 +373,7 @@ FormPicture* FormMontage::pictureWindow(int k) {
         connect(window, &PictureWindow::unloaded, this,
                 [this](PictureWindow*, const QString& caption) { removeWindowEntry(caption); });
         m_output->connectPictureCommands(window);
+        PreviewCommands::connectPictureCommands(*this, window);
     }
     return window;
 }
@@ -372,6 +384,7 @@ FormMontagePicture* FormMontage::montageWindow() {
         connect(m_montageWindow, &PictureWindow::unloaded, this,
                 [this](PictureWindow*, const QString& caption) { removeWindow2Entry(caption); });
         m_output->connectMontageCommands(m_montageWindow);
+        PreviewCommands::connectMontageCommands(*this, m_montageWindow);
     }
     return m_montageWindow;
 }
@@ -390,6 +403,7 @@ FormMontagePicture* FormMontage::methodWindow(int i) {
         connect(window, &PictureWindow::unloaded, this,
                 [this](PictureWindow*, const QString& caption) { removeWindow2Entry(caption); });
         m_output->connectMontageCommands(window);
+        PreviewCommands::connectMontageCommands(*this, window);
     }
     return window;
 }
@@ -407,6 +421,15 @@ FormStatus* FormMontage::statusWindow() {
         m_statusWindow = new FormStatus(this);
     }
     return m_statusWindow;
+}
+
+FormPreview* FormMontage::previewWindow() {
+    if (m_previewWindow == nullptr) {
+        m_previewWindow = new FormPreview(this, m_state.twipsPerPixel);
+        connect(m_previewWindow, &FormPreview::unloaded, this,
+                [this] { removeWindow2Entry("Preview"); });
+    }
+    return m_previewWindow;
 }
 
 void FormMontage::mnusimpleCol_Click(int index) {
@@ -459,6 +482,11 @@ void FormMontage::updateWindowMenu() {
             m.mnuWindow2[static_cast<size_t>(k)]->setVisible(true);
         }
     }
+    if (m_previewWindow != nullptr && m_previewWindow->isVisible()) {
+        ++k;
+        m.mnuWindow2[static_cast<size_t>(k)]->setText("Preview");
+        m.mnuWindow2[static_cast<size_t>(k)]->setVisible(true);
+    }
     for (int j = k + 1; j <= 8; ++j) {
         m.mnuWindow2[static_cast<size_t>(j)]->setVisible(false);
     }
@@ -492,6 +520,9 @@ void FormMontage::mnuWindow2_Click(int index) {
             bringUp(w);
             return;
         }
+    }
+    if (caption == "Preview" && m_previewWindow != nullptr) {
+        bringUp(m_previewWindow);
     }
 }
 

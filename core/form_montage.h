@@ -12,6 +12,7 @@
 #include "core/program_state.h"
 #include "display/form_picture.h"
 #include "display/modal_ui.h"
+#include "engine/form_preview.h"
 #include "engine/montage_run.h"
 #include "output/output_commands.h"
 #include "persistence/settings.h"
@@ -104,7 +105,12 @@ class FormMontage : public QMainWindow {
         return i >= 0 && i < 8 && m_methodWindows[static_cast<size_t>(i)] != nullptr;
     }
     FormUsed* methodUsedWindow(int i);
+    bool hasMethodUsedWindow(int i) const {
+        return i >= 0 && i < 8 && m_methodUsedWindows[static_cast<size_t>(i)] != nullptr;
+    }
     FormStatus* statusWindow();
+    FormPreview* previewWindow();
+    bool hasPreviewWindow() const { return m_previewWindow != nullptr; }
 
     // Commands.
     void CommandGo_Click();
@@ -148,6 +154,17 @@ class FormMontage : public QMainWindow {
     ModalUi& ui() { return m_ui; }
     Settings& settings() { return m_settings; }
 
+    /// Lets the window queue run once; throws ProcessEnding once the window closed.
+    void yieldEvents();
+    /// Holds the commands off for as long as it lives, whichever way a run ends.
+    struct RunGuard {
+        explicit RunGuard(FormMontage& form) : form(form) { form.setRunInProgress(true); }
+        ~RunGuard() { form.setRunInProgress(false); }
+        RunGuard(const RunGuard&) = delete;
+        RunGuard& operator=(const RunGuard&) = delete;
+        FormMontage& form;
+    };
+
     /// Called when the main window closes; ends the process. Tests replace it.
     std::function<void()> endProcess;
 
@@ -166,17 +183,7 @@ class FormMontage : public QMainWindow {
     void removeWindowEntry(const QString& caption);
     void removeWindow2Entry(const QString& caption);
 
-    /// Lets the window queue run once; throws ProcessEnding once the window closed.
-    void yieldEvents();
     void setRunInProgress(bool on);
-    /// Holds the commands off for as long as it lives, whichever way a run ends.
-    struct RunGuard {
-        explicit RunGuard(FormMontage& form) : form(form) { form.setRunInProgress(true); }
-        ~RunGuard() { form.setRunInProgress(false); }
-        RunGuard(const RunGuard&) = delete;
-        RunGuard& operator=(const RunGuard&) = delete;
-        FormMontage& form;
-    };
     void showGeneralMessage(int number, const std::string& description, int stage,
                             const char* routine);
     /// Loads series member k into its window, with its caption, and yields once.
@@ -202,6 +209,7 @@ class FormMontage : public QMainWindow {
     std::array<FormMontagePicture*, 8> m_methodWindows{};
     std::array<FormUsed*, 8> m_methodUsedWindows{};
     FormStatus* m_statusWindow = nullptr;
+    FormPreview* m_previewWindow = nullptr;
 
     struct DesignPlace {
         QWidget* control;

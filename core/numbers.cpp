@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "core/runtime_error.h"
+#include "core/text.h"
 
 namespace lumiquilt {
 
@@ -89,6 +90,21 @@ bool isNumber(std::string_view text) {
         end = i;
     }
     return end == body.size();
+}
+
+double numberOf(std::string_view text) {
+    if (!isNumber(text)) {
+        throw RuntimeError(kTypeMismatch);
+    }
+    const std::string number = trimmed(text);
+    return std::strtod(number.c_str(), nullptr);
+}
+
+float toSingle(double value) {
+    if (std::isnan(value) || std::fabs(value) > std::numeric_limits<float>::max()) {
+        throw RuntimeError(kOverflow);
+    }
+    return static_cast<float>(value);
 }
 
 double roundHalfEven(double value) {

@@ -13,6 +13,13 @@ double leadingNumber(std::string_view text);
 /// True when the whole text, blanks trimmed, is a number (exponent allowed).
 bool isNumber(std::string_view text);
 
+/// The value of a text that is a number by isNumber; raises error 13 (Type
+/// mismatch) for any other text.
+double numberOf(std::string_view text);
+
+/// To a 32-bit float, nearest; beyond the float's range raises error 6.
+float toSingle(double value);
+
 /// Nearest whole number, halves to the even neighbour (2.5 -> 2, 3.5 -> 4).
 double roundHalfEven(double value);
 

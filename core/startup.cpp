@@ -4,12 +4,11 @@
 
 #include "core/command_line.h"
 #include "core/files.h"
-#include "core/numbers.h"
-#include "core/runtime_error.h"
 #include "core/text.h"
 #include "core/window_scale.h"
 #include "display/splash.h"
 #include "display/window_geometry.h"
+#include "persistence/preferences.h"
 
 namespace lumiquilt {
 
@@ -27,25 +26,6 @@ bool isProgramPicture(const std::string& name) {
     }
     const std::string ending = lower.substr(lower.size() - 4);
     return ending == ".jpg" || ending == ".bmp" || ending == ".gif";
-}
-
-void readFactorSettings(ProgramState& s, const Settings& settings) {
-    s.autoSmooth = toInt16(settings.readNumber("autoSmooth"));
-    s.edgeFactor = static_cast<float>(settings.readNumber("edgeFactor") / 100);
-    s.focusFactor = static_cast<float>(settings.readNumber("focusFactor") / 100);
-    s.diffFactor = toInt16(settings.readNumber("diffFactor"));
-    s.edgefactor2 = static_cast<float>(settings.readNumber("edgefactor2") / 10);
-    s.shortcutEnabled = toInt16(settings.readNumber("shortcut"));
-    s.rightMouseEnabled = settings.readNumber("rightmouse") != 0 ? 1 : 0;
-}
-
-// A settings value that leaves 16 bits is read as 0 rather than stop the start.
-int16_t toInt16OrZero(double value) {
-    try {
-        return toInt16(value);
-    } catch (const RuntimeError&) {
-        return 0;
-    }
 }
 
 }  // namespace
@@ -85,11 +65,7 @@ StartupResult startLumiquilt(const std::vector<std::string>& arguments, ProgramS
         hooks.showSplash();
     }
 
-    try {
-        readFactorSettings(s, settings);
-    } catch (const RuntimeError&) {
-        // A value beyond 16 bits in the file: the factors keep what they could read.
-    }
+    readSettingsBeforeWindows(s, settings);
 
     double width = screenPixels.width();
     double height = screenPixels.height();
@@ -108,32 +84,25 @@ StartupResult startLumiquilt(const std::vector<std::string>& arguments, ProgramS
     form.move(0, 0);
     form.show();
 
+    const SettingsAfterWindows stored = readSettingsAfterWindows(settings);
     if (line.hasFile()) {
         // The name keeps its case: the file system tells names apart by it.
         form.textFileName->setText(QString::fromStdString(expandFileName(line.filePart)));
-    } else {
-        const std::string stored = settings.readKey("filename");
-        if (stored.size() > 2) {
-            form.textFileName->setText(QString::fromStdString(trimmed(stored)));
-        }
+    } else if (stored.fileName.size() > 2) {
+        form.textFileName->setText(QString::fromStdString(trimmed(stored.fileName)));
     }
-    if (line.incrementText) {
-        form.TextIncrement->setText(QString::fromStdString(*line.incrementText));
-    } else {
-        form.TextIncrement->setText(QString::fromStdString(trimmed(settings.readKey("Increment"))));
-    }
+    form.TextIncrement->setText(
+        QString::fromStdString(line.incrementText ? *line.incrementText : stored.incrementText));
     form.montageWindow();
 
     // A method number outside the menu falls back to the first method.
-    int method = toInt16OrZero(settings.readNumber("Montage method"));
-    if (method < 0 || method >= kMethodCount) {
-        method = 0;
-    }
+    const int method =
+        stored.methodIndex >= 0 && stored.methodIndex < kMethodCount ? stored.methodIndex : 0;
     form.mnusimpleCol_Click(method);
-    s.showUsedWindow = toInt16OrZero(settings.readNumber("Originating image"));
-    form.recentFiles().load(settings);
+    s.showUsedWindow = stored.showUsedWindow;
+    form.recentFiles() = stored.recent;
     form.refreshRecentMenu();
-    form.setTargetColor(settings.readNumber("Target color"));
+    form.setTargetColor(stored.targetColor);
     if (s.shortcutEnabled == 1 && hooks.makeDesktopShortcut) {
         hooks.makeDesktopShortcut();
     }

@@ -169,6 +169,8 @@ FormStatus::FormStatus(QWidget* owner) : QWidget(owner, Qt::Window | Qt::Framele
 void FormUsed::unload() {
     hide();
     LabelUsed->clear();
+    // A comparison's copy is found by its caption; an unloaded one must not be.
+    setWindowTitle(" Dominant image used for the Montage");
 }
 
 }  // namespace lumiquilt

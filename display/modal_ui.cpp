@@ -195,7 +195,8 @@ std::optional<std::string> ScriptedModalUi::saveFileName(const FileDialogRequest
     return openFileName(request);
 }
 
-std::optional<uint32_t> ScriptedModalUi::chooseColor(uint32_t /*initial*/) {
+std::optional<uint32_t> ScriptedModalUi::chooseColor(uint32_t initial) {
+    colorRequests.push_back(initial);
     if (colorAnswers.empty()) {
         return std::nullopt;
     }

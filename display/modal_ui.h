@@ -87,6 +87,8 @@ class ScriptedModalUi : public ModalUi {
     std::vector<std::string> opened;
     std::vector<std::pair<std::string, QStringList>> started;
     std::vector<QImage> clipboard;
+    /// The colour each colour dialog started from.
+    std::vector<uint32_t> colorRequests;
 
     std::deque<MessageResult> messageAnswers;
     std::deque<std::optional<std::string>> fileAnswers;

@@ -3,10 +3,13 @@
 #include <QApplication>
 #include <QFontMetrics>
 
+#include "engine/command_go.h"
+
 #include "core/form_montage.h"
 #include "core/text.h"
 #include "display/window_geometry.h"
 #include "engine/create_image.h"
+#include "engine/form_preview.h"
 #include "series/picture_io.h"
 
 namespace lumiquilt {
@@ -78,6 +81,9 @@ class CreateImageWindows : public CreateImageFront {
         f.hideSeriesWindows();
         f.unloadMethodWindows();
         f.montageWindow()->hide();
+        if (f.hasPreviewWindow()) {
+            f.previewWindow()->unload();
+        }
     }
     void forgetMissingFile(const std::string& name) override {
         f.recentFiles().forget(name, f.settings());
@@ -89,14 +95,24 @@ class CreateImageWindows : public CreateImageFront {
     PictureView montagePicture() override {
         return viewOf(f.montageWindow()->PictureFile->picture());
     }
-    // The preview window draws its rows here once it exists; the run yields once a row.
-    void previewRow(int16_t /*y0*/) override { f.yieldEvents(); }
+    void startPreview() override {
+        f.previewWindow()->startProgress(s, [this] { f.yieldEvents(); });
+    }
+    // The only yield of the block loop: once for each preview row drawn.
+    void previewRow(int16_t y0) override {
+        if (f.previewWindow()->progressRow(s, y0)) {
+            f.yieldEvents();
+        }
+    }
     void showMontage() override {
         FormMontagePicture* montage = f.montageWindow();
         montage->PictureFile->setPicture(paintMontage(s.buffers, static_cast<int>(s.imageWidth),
                                                       static_cast<int>(s.imageHeight)));
+        FormPreview* preview = f.previewWindow();
+        preview->paintPreview(s.buffers);
         montage->show();
         montage->raise();
+        preview->raise();
     }
     std::string usedCaption() override { return f.usedWindow()->LabelUsed->text().toStdString(); }
     void runReported(const std::string& completedName) override {
@@ -158,6 +174,10 @@ void CreateImageWindows::arrangeWindows() {
     used->LabelUsed->clear();
     f.placePictureWindows();
     montage->raise();
+}
+
+std::unique_ptr<CreateImageFront> createImageWindows(FormMontage& form) {
+    return std::make_unique<CreateImageWindows>(form);
 }
 
 void FormMontage::CommandGo_Click() {

@@ -48,6 +48,15 @@ void loadPixelBuffers(ProgramState& state, const PictureView& montage, int monta
             }
         }
     }
+    // Passes 2 and up of an evaluation load no picture, and the commands that could
+    // change one are held off while the passes run: the buffer already holds what
+    // reading the same pictures again would put there.
+    if (state.evaluationPass >= 2 && b.seriesMaxImage == count &&
+        b.seriesMaxX == paddedBound(first.width) && b.seriesMaxY == paddedBound(first.height) &&
+        b.seriesPixels.size() ==
+            b.seriesRowBytes() * static_cast<std::size_t>(b.seriesMaxY + 1) * count) {
+        return;
+    }
     b.sizeSeries(first.width, first.height, count);
     // Each image fills its own part of the buffer, so two cores can share them.
     auto readEvery = [&](int start, int step) {

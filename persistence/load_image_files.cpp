@@ -7,6 +7,7 @@
 #include "core/runtime_error.h"
 #include "core/text.h"
 #include "display/window_geometry.h"
+#include "persistence/preferences.h"
 #include "series/picture_io.h"
 #include "series/series_name.h"
 
@@ -92,7 +93,9 @@ void FormMontage::mnuLoad_Click() {
         }
 
         stage = 400;
-        // The preview window comes with its own command; nothing else to unload here.
+        if (hasPreviewWindow()) {
+            previewWindow()->unload();
+        }
         const std::string name = completeSeriesName(textOf(textFileName), s.appPath);
         textFileName->setText(QString::fromStdString(name));
 
@@ -146,7 +149,7 @@ void FormMontage::mnuLoad_Click() {
             if (m.mnuAddOffsets->isChecked()) {
                 m.mnuAddOffsets->trigger();
             }
-            setTargetColor(m_settings.readNumber("Target color"));
+            setTargetColor(readTargetColor(m_settings));
             stage = 900;
             updateWindowMenu();
         }

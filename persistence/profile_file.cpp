@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <fstream>
 #include <random>
-#include <sstream>
 #include <vector>
 
 #include "core/runtime_error.h"
@@ -44,52 +43,58 @@ std::vector<Line> splitLines(const std::string& content) {
 }
 
 bool readWholeFile(const std::string& path, std::string& content) {
+    // Only a plain file: a pipe or a device in its place would never end.
+    struct stat info {};
+    if (::stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) {
+        return false;
+    }
     std::ifstream in(path, std::ios::binary);
     if (!in) {
         return false;
     }
-    std::ostringstream buffer;
-    buffer << in.rdbuf();
-    content = buffer.str();
+    content.resize(static_cast<size_t>(info.st_size));
+    in.read(content.data(), static_cast<std::streamsize>(content.size()));
+    content.resize(static_cast<size_t>(in.gcount()));
     return true;
 }
 
-// The section name of a "[name]" line, or nothing.
-bool sectionOf(const std::string& line, std::string& name) {
-    const std::string t = trimmed(line);
+std::string_view trimView(std::string_view text) {
+    while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) {
+        text.remove_suffix(1);
+    }
+    return text;
+}
+
+// The section name of a "[name]" line, or nothing. Views, not copies: a line may
+// be megabytes long.
+bool sectionOf(std::string_view line, std::string_view& name) {
+    const std::string_view t = trimView(line);
     if (t.size() < 2 || t.front() != '[') {
         return false;
     }
     const size_t close = t.find(']');
-    if (close == std::string::npos) {
+    if (close == std::string_view::npos) {
         return false;
     }
-    name = trimmed(std::string_view(t).substr(1, close - 1));
+    name = trimView(t.substr(1, close - 1));
     return true;
 }
 
-bool keyMatches(const std::string& line, std::string_view key, std::string* value) {
+bool keyMatches(std::string_view line, std::string_view key, std::string_view* value) {
     const size_t eq = line.find('=');
-    if (eq == std::string::npos) {
+    if (eq == std::string_view::npos) {
         return false;
     }
-    if (!equalsIgnoreAsciiCase(trimmed(std::string_view(line).substr(0, eq)), trimmed(key))) {
+    if (!equalsIgnoreAsciiCase(trimView(line.substr(0, eq)), trimView(key))) {
         return false;
     }
     if (value != nullptr) {
-        *value = trimmed(std::string_view(line).substr(eq + 1));
+        *value = trimView(line.substr(eq + 1));
     }
     return true;
-}
-
-std::string temporaryNameBeside(const std::string& target) {
-    static std::mt19937 generator{std::random_device{}()};
-    std::uniform_int_distribution<int> letter('a', 'z');
-    std::string name = target + ".tmp-";
-    for (int i = 0; i < 6; ++i) {
-        name += static_cast<char>(letter(generator));
-    }
-    return name;
 }
 
 }  // namespace
@@ -101,18 +106,25 @@ std::string readProfileString(const std::string& path, std::string_view section,
         return std::string(defaultValue);
     }
     bool inSection = false;
-    for (const Line& line : splitLines(content)) {
-        std::string name;
-        if (sectionOf(line.text, name)) {
-            inSection = equalsIgnoreAsciiCase(name, trimmed(section));
+    size_t pos = 0;
+    while (pos < content.size()) {
+        size_t end = content.find('\n', pos);
+        if (end == std::string::npos) {
+            end = content.size();
+        }
+        std::string_view line(content.data() + pos, end - pos);
+        pos = end + 1;
+        if (!line.empty() && line.back() == '\r') {
+            line.remove_suffix(1);
+        }
+        std::string_view name;
+        if (sectionOf(line, name)) {
+            inSection = equalsIgnoreAsciiCase(name, trimView(section));
             continue;
         }
-        std::string value;
-        if (inSection && keyMatches(line.text, key, &value)) {
-            const size_t nul = value.find('\0');
-            if (nul != std::string::npos) {
-                value.resize(nul);
-            }
+        std::string_view value;
+        if (inSection && keyMatches(line, key, &value)) {
+            value = value.substr(0, value.find('\0'));
             return cutUtf8(trimmed(value), kProfileValueLimit);
         }
     }
@@ -139,7 +151,7 @@ void writeProfileString(const std::string& path, std::string_view section, std::
     int sectionLast = -1;  // last non-empty line of the section
     int keyLine = -1;
     for (size_t i = 0; i < lines.size(); ++i) {
-        std::string name;
+        std::string_view name;
         if (sectionOf(lines[i].text, name)) {
             if (sectionStart >= 0) {
                 break;
@@ -186,17 +198,35 @@ void writeProfileString(const std::string& path, std::string_view section, std::
 }
 
 void writeFileAtomically(const std::string& target, std::string_view content) {
-    const std::string temporary = temporaryNameBeside(target);
-    mode_t mode = 0644;
-    struct stat info {};
-    if (::stat(target.c_str(), &info) == 0) {
-        // Renaming over a read-only file would succeed, even for root: honour the
-        // user's lock as a read-only attribute.
-        if (::access(target.c_str(), W_OK) != 0 || (info.st_mode & 0222) == 0) {
-            throw RuntimeError(kPermissionDenied);
-        }
-        mode = info.st_mode & 07777;
+    renameOver(writeTemporaryBeside(target, content), target);
+}
+
+std::string temporaryNameBeside(const std::string& target) {
+    static std::mt19937 generator{std::random_device{}()};
+    std::uniform_int_distribution<int> letter('a', 'z');
+    std::string name = target + ".tmp-";
+    for (int i = 0; i < 6; ++i) {
+        name += static_cast<char>(letter(generator));
     }
+    return name;
+}
+
+mode_t checkReplaceable(const std::string& target) {
+    struct stat info {};
+    if (::stat(target.c_str(), &info) != 0) {
+        return 0644;
+    }
+    // Renaming over a read-only file would succeed, even for root: honour the
+    // user's lock as a read-only attribute.
+    if (::access(target.c_str(), W_OK) != 0 || (info.st_mode & 0222) == 0) {
+        throw RuntimeError(kPermissionDenied);
+    }
+    return info.st_mode & 07777;
+}
+
+std::string writeTemporaryBeside(const std::string& target, std::string_view content) {
+    const mode_t mode = checkReplaceable(target);
+    const std::string temporary = temporaryNameBeside(target);
     const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (fd < 0) {
         // Creating a file fails with "no such entry" only when its folder is missing.
@@ -223,6 +253,10 @@ void writeFileAtomically(const std::string& target, std::string_view content) {
         ::unlink(temporary.c_str());
         throw errorFromErrno(err);
     }
+    return temporary;
+}
+
+void renameOver(const std::string& temporary, const std::string& target) {
     if (::rename(temporary.c_str(), target.c_str()) != 0) {
         const int err = errno;
         ::unlink(temporary.c_str());

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 #include <string_view>
 
@@ -26,5 +28,20 @@ void writeProfileString(const std::string& path, std::string_view section, std::
 /// Replaces target by content through a temporary file beside it; throws
 /// RuntimeError on failure and leaves target as it was.
 void writeFileAtomically(const std::string& target, std::string_view content);
+
+/// The two halves of writeFileAtomically, for files that must change together.
+/// writeTemporaryBeside writes content, synced, to a new file beside target (with
+/// target's mode) and returns its name; it refuses a read-only target (error 70)
+/// and leaves nothing behind on failure. renameOver puts it in target's place, or
+/// removes it and throws.
+std::string writeTemporaryBeside(const std::string& target, std::string_view content);
+void renameOver(const std::string& temporary, const std::string& target);
+
+/// A fresh name beside target for a temporary file.
+std::string temporaryNameBeside(const std::string& target);
+
+/// Throws error 70 when target exists read-only (write permission off, for root
+/// too); otherwise gives the mode a file in its place should have.
+mode_t checkReplaceable(const std::string& target);
 
 }  // namespace lumiquilt

@@ -15,11 +15,12 @@ std::string settingsFilePath(const std::string& appPath);
 class Settings {
   public:
     explicit Settings(std::string path) : m_path(std::move(path)) {}
+    virtual ~Settings() = default;
 
     const std::string& path() const { return m_path; }
 
     /// The key's text, or "0".
-    std::string readKey(std::string_view key) const;
+    virtual std::string readKey(std::string_view key) const;
     /// The leading number of the key's text (0 for none).
     double readNumber(std::string_view key) const;
     /// Writes one key; a failure is reported once on standard error and the old

@@ -170,3 +170,14 @@ TEST_F(ProfileFileTest, GifOnAFullDiskLeavesTheOldFileWhole) {
 
 }  // namespace
 }  // namespace lumiquilt
+
+namespace lumiquilt {
+namespace {
+
+TEST_F(ProfileFileTest, APipeInThePlaceOfTheFileReadsTheDefault) {
+    ASSERT_EQ(::mkfifo(m_path.c_str(), 0600), 0);
+    EXPECT_EQ(read("Increment"), "0");
+}
+
+}  // namespace
+}  // namespace lumiquilt

@@ -1,0 +1,475 @@
+#include "persistence/project_file.h"
+
+#include <fcntl.h>
+#include <linux/fs.h>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "core/runtime_error.h"
+#include "engine/properties_report.h"
+#include "support/full_disk.h"
+
+namespace lumiquilt {
+namespace {
+
+namespace fs = std::filesystem;
+
+const std::string kData = std::string(LUMIQUILT_TEST_DATA) + "/projects/";
+
+// Notes every step of an Open in one line each.
+class RecordingRestore : public ProjectRestore {
+  public:
+    explicit RecordingRestore(int count) : count(count) {}
+    void setFirstFileName(const std::string& text) override { note("file " + text); }
+    void uncheckMethods() override { note("uncheck methods"); }
+    void checkMethod(int index) override { note("method " + std::to_string(index)); }
+    void setIncrementText(const std::string& text) override { note("increment " + text); }
+    int imageCount() const override { return count; }
+    void offsetsOn() override { note("offsets on"); }
+    void placeMark(int n, double x, double y) override {
+        std::ostringstream s;
+        s << "mark " << n << " " << x << " " << y;
+        note(s.str());
+    }
+    void marksPlaced() override { note("marks placed"); }
+    void setOffsetDisplay(OffsetDisplay display) override {
+        note(display == OffsetDisplay::minimum   ? "display minimum"
+             : display == OffsetDisplay::maximum ? "display maximum"
+                                                 : "display same");
+    }
+    void offsetsOff() override { note("offsets off"); }
+    void setIgnored(int index, bool ignored) override {
+        if (ignored) {
+            note("ignore " + std::to_string(index + 1));
+        }
+        ++ignoreEntries;
+    }
+
+    std::vector<std::string> steps;
+    int ignoreEntries = 0;
+
+  private:
+    void note(const std::string& step) { steps.push_back(step); }
+    int count;
+};
+
+std::string bytesOf(const std::string& name) {
+    std::ifstream in(name, std::ios::binary);
+    std::ostringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+void putBytes(const std::string& name, const std::string& bytes) {
+    std::ofstream(name, std::ios::binary) << bytes;
+}
+
+// Writes a companion picture's bytes as the window side will, failing loudly.
+void writePicture(const std::string& name, const std::string& bytes) {
+    const int fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    if (fd < 0) {
+        throw errorFromErrno(errno);
+    }
+    const ssize_t n = ::write(fd, bytes.data(), bytes.size());
+    const int err = errno;
+    ::close(fd);
+    if (n != static_cast<ssize_t>(bytes.size())) {
+        throw n < 0 ? errorFromErrno(err) : RuntimeError(kDiskFull);
+    }
+}
+
+ReportInputs sampleRun() {
+    ReportInputs in;
+    in.firstFileName = "/pics/scene1.jpg";
+    in.imageCount = 12;
+    in.ignored[1] = true;
+    in.ignored[9] = true;
+    in.methodChecked[3] = true;
+    in.incrementText = "20";
+    in.addOffsets = true;
+    in.offsetsMax = true;
+    for (int k = 1; k <= 12; ++k) {
+        in.imageOffsets[0][static_cast<size_t>(k)] = static_cast<int16_t>(100 + k);
+        in.imageOffsets[1][static_cast<size_t>(k)] = static_cast<int16_t>(-k);
+    }
+    in.usedCaption = "1 1 3\r\n3 12 1\r\n";
+    return in;
+}
+
+class ProjectFileTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        m_dir = fs::temp_directory_path() /
+                ("lumiquilt_project_" + std::to_string(::getpid()) + "_" +
+                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
+        fs::remove_all(m_dir);
+        fs::create_directories(m_dir);
+    }
+    void TearDown() override {
+        setImmutable(false);
+        fs::permissions(m_dir, fs::perms::owner_all, fs::perm_options::add);
+        fs::remove_all(m_dir);
+    }
+    std::string path(const std::string& name) const { return (m_dir / name).string(); }
+    std::vector<std::string> folderEntries() const {
+        std::vector<std::string> names;
+        for (const auto& entry : fs::directory_iterator(m_dir)) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+    void save(const std::string& name, const std::string& text, const std::string& picture) {
+        ProjectSave s(name);
+        s.writeText(text);
+        s.writeCompanion([&](const std::string& temporary) { writePicture(temporary, picture); });
+        s.commit();
+    }
+    // A folder no one may add to, root included, where the file system allows it.
+    bool setImmutable(bool on) {
+        const int fd = ::open(m_dir.c_str(), O_RDONLY | O_DIRECTORY);
+        if (fd < 0) {
+            return false;
+        }
+        int flags = 0;
+        bool done = ::ioctl(fd, FS_IOC_GETFLAGS, &flags) == 0;
+        if (done) {
+            flags = on ? (flags | FS_IMMUTABLE_FL) : (flags & ~FS_IMMUTABLE_FL);
+            done = ::ioctl(fd, FS_IOC_SETFLAGS, &flags) == 0;
+        }
+        ::close(fd);
+        return done;
+    }
+
+    fs::path m_dir;
+};
+
+TEST(ProjectNames, ProposalCompanionAndRecentItem) {
+    const std::pair<const char*, const char*> proposals[] = {
+        {"/pics/scene1.jpg", "/pics/scene1.mon"},
+        {"/pics.old/scene1.jpg", "/pics.mon"},  // the first dot counts, in a folder too
+        {"/pics/scene1", "/pics/scene1.mon"},
+        {"scene1.tar.gz", "scene1.mon"},
+        {"", ".mon"},
+    };
+    for (const auto& [text, name] : proposals) {
+        EXPECT_EQ(proposeProjectName(text), name) << text;
+    }
+    const std::pair<const char*, const char*> companions[] = {
+        {"/p/job.mon", "/p/job.qvz"},
+        {"/p/job.project", "/p/job.projqvz"},  // chosen under "All files"
+        {"/p/jöb.mön", "/p/jöb.qvz"},          // characters, not bytes
+        {"abc", "qvz"},
+    };
+    for (const auto& [name, companion] : companions) {
+        EXPECT_EQ(companionPictureName(name), companion) << name;
+    }
+    EXPECT_THROW(companionPictureName("ab"), RuntimeError);
+    EXPECT_EQ(recentProjectItem("/p/Job.mon"), "project /p/Job");
+    EXPECT_TRUE(isRecentProjectItem("project /p/Job"));
+    EXPECT_FALSE(isRecentProjectItem("Project /p/Job"));
+    EXPECT_FALSE(isRecentProjectItem("/p/project 1.jpg"));
+    EXPECT_EQ(projectNameFromRecentItem("project /p/Job"), "/p/Job.mon");
+}
+
+TEST(ProjectLists, NumbersStandAsWholeItems) {
+    EXPECT_TRUE(listHoldsNumber("1, 3, 10", 10));
+    EXPECT_TRUE(listHoldsNumber("1, 3, 10", 1));
+    EXPECT_FALSE(listHoldsNumber("10", 1));
+    EXPECT_FALSE(listHoldsNumber("0", 1));
+    EXPECT_FALSE(listHoldsNumber("", 1));
+    EXPECT_FALSE(listHoldsNumber("12abc, ,", 12));
+}
+
+TEST_F(ProjectFileTest, SavedBytesAreTheHeadTheReportAndOneMoreLineEnd) {
+    const std::string report = setPropertiesString(sampleRun());
+    save(path("job.mon"), report, "BM picture");
+    EXPECT_EQ(bytesOf(path("job.mon")), "[project]\r\n" + report + "\r\n");
+    EXPECT_EQ(bytesOf(path("job.qvz")), "BM picture");
+    EXPECT_EQ(folderEntries(), (std::vector<std::string>{"job.mon", "job.qvz"}));
+}
+
+TEST_F(ProjectFileTest, OpenRestoresTheRunInItsOrder) {
+    save(path("job.mon"), setPropertiesString(sampleRun()), "BM");
+    RecordingRestore target(12);
+    restoreProject(path("job.mon"), target);
+    std::vector<std::string> expected = {"file /pics/scene1.jpg", "uncheck methods", "method 3",
+                                         "increment 20", "offsets on"};
+    for (int n = 1; n <= 12; ++n) {
+        // Ignored images have no lines: their marks go to 0, 0.
+        const bool ignored = n == 2 || n == 10;
+        expected.push_back("mark " + std::to_string(n) + " " +
+                           (ignored ? "0 0" : std::to_string(100 + n) + " " + std::to_string(-n)));
+    }
+    expected.insert(expected.end(), {"marks placed", "display maximum", "ignore 2", "ignore 10"});
+    EXPECT_EQ(target.steps, expected);
+    // More than ten images loaded: only the ten ignore entries are touched.
+    EXPECT_EQ(target.ignoreEntries, 10);
+}
+
+TEST_F(ProjectFileTest, OpenedTextIsTheReportAndOneMoreLineEndAndGrowsWithEachSave) {
+    const std::string report = setPropertiesString(sampleRun());
+    save(path("job.mon"), report, "BM");
+    const ProjectText opened = readProjectText(path("job.mon"));
+    EXPECT_EQ(opened.propertiesString, report + "\r\n");
+    EXPECT_EQ(opened.usedCaption, "1 1 3\r\n3 12 1\r\n\r\n\r\n");
+    save(path("job.mon"), opened.propertiesString, "BM");
+    EXPECT_EQ(readProjectText(path("job.mon")).propertiesString, report + "\r\n\r\n");
+}
+
+// One row: how a run was made, how many images are loaded when its project is
+// opened, and what the Open does that the row is about.
+struct RestoreRow {
+    const char* name;
+    std::vector<int> ignored;
+    bool offsets;
+    int loadedBefore;
+    std::vector<std::string> expectedTail;
+    int ignoreEntries;
+};
+
+class RestoreCases : public ProjectFileTest, public ::testing::WithParamInterface<RestoreRow> {};
+
+TEST_P(RestoreCases, StepsAfterTheIncrement) {
+    const RestoreRow& row = GetParam();
+    ReportInputs run = sampleRun();
+    run.imageCount = 3;
+    run.ignored = {};
+    for (int k : row.ignored) {
+        run.ignored[static_cast<size_t>(k - 1)] = true;
+    }
+    run.addOffsets = row.offsets;
+    save(path("job.mon"), setPropertiesString(run), "BM");
+    RecordingRestore target(row.loadedBefore);
+    restoreProject(path("job.mon"), target);
+    const std::vector<std::string> tail(target.steps.begin() + 4, target.steps.end());
+    EXPECT_EQ(tail, row.expectedTail);
+    EXPECT_EQ(target.ignoreEntries, row.ignoreEntries);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Edges, RestoreCases,
+    ::testing::Values(
+        RestoreRow{"NoIgnoredImageUnchecksAllTen", {}, false, 12, {"offsets off"}, 10},
+        RestoreRow{"ImageTenAloneIsNotImageOne", {10}, false, 12, {"offsets off", "ignore 10"}, 10},
+        RestoreRow{"OnlyTheLoadedImagesEntries", {1, 2}, false, 1, {"offsets off", "ignore 1"}, 1},
+        RestoreRow{"NoOffsetsSwitchesThemOff", {}, false, 3, {"offsets off"}, 3},
+        RestoreRow{"NoSeriesLoadedPlacesNoMark",
+                   {},
+                   true,
+                   0,
+                   {"offsets on", "marks placed", "display maximum"},
+                   0},
+        // An ignored image 1 has no X line: the project reads as one without offsets.
+        RestoreRow{"IgnoredImageOneMeansNoOffsets", {1}, true, 3, {"offsets off", "ignore 1"}, 3}),
+    [](const ::testing::TestParamInfo<RestoreRow>& info) { return info.param.name; });
+
+TEST_F(ProjectFileTest, AMethodOutsideTheMenuStopsAfterUncheckingTheMethods) {
+    RecordingRestore target(3);
+    try {
+        restoreProject(kData + "method_nine.mon", target);
+        FAIL() << "no error";
+    } catch (const RuntimeError& e) {
+        EXPECT_EQ(e.number(), 9);
+    }
+    EXPECT_EQ(target.steps, (std::vector<std::string>{"file /pics/scene1.jpg", "uncheck methods"}));
+}
+
+TEST_F(ProjectFileTest, AMethodBeyondSixteenBitsOverflows) {
+    putBytes(path("big.mon"), "[project]\r\n  Montage method used =70000 (x)\r\n");
+    RecordingRestore target(0);
+    try {
+        restoreProject(path("big.mon"), target);
+        FAIL() << "no error";
+    } catch (const RuntimeError& e) {
+        EXPECT_EQ(e.number(), 6);
+    }
+}
+
+// Project files a user may pick by mistake or a crash may leave: the values read
+// or the default "0", and never a crash or a hang.
+struct HostileProjectRow {
+    const char* file;
+    std::vector<std::string> steps;
+    size_t textLines;
+};
+
+class HostileProjects : public ::testing::TestWithParam<HostileProjectRow> {};
+
+TEST_P(HostileProjects, OpenReadsValuesOrDefaults) {
+    const HostileProjectRow& row = GetParam();
+    RecordingRestore target(3);
+    restoreProject(kData + row.file, target);
+    EXPECT_EQ(target.steps, row.steps);
+    const ProjectText text = readProjectText(kData + row.file);
+    size_t lines = 0;
+    for (size_t p = text.propertiesString.find("\r\n"); p != std::string::npos;
+         p = text.propertiesString.find("\r\n", p + 2)) {
+        ++lines;
+    }
+    EXPECT_EQ(lines, row.textLines);
+}
+
+const std::vector<std::string> kDefaults = {"file 0", "uncheck methods", "method 0", "increment 0",
+                                            "offsets off"};
+const std::vector<std::string> kGood = {"file /pics/scene1.jpg",
+                                        "uncheck methods",
+                                        "method 3",
+                                        "increment 20",
+                                        "offsets on",
+                                        "mark 1 12 -4",
+                                        "mark 2 0 0",
+                                        "mark 3 10 7",
+                                        "marks placed",
+                                        "display minimum",
+                                        "ignore 2"};
+
+INSTANTIATE_TEST_SUITE_P(Files, HostileProjects,
+                         ::testing::Values(HostileProjectRow{"good.mon", kGood, 17},
+                                           HostileProjectRow{"lf_only.mon", kGood, 17},
+                                           // A lone CR ends no profile line: every key is missing.
+                                           // The report text still reads line by line.
+                                           HostileProjectRow{"cr_only.mon", kDefaults, 17},
+                                           // Without its head the file has no "project" section.
+                                           HostileProjectRow{"no_head.mon", kDefaults, 16},
+                                           // The first of a repeated key counts.
+                                           HostileProjectRow{"repeated_key.mon", kGood, 19},
+                                           HostileProjectRow{"garbage.mon", kDefaults, 0}),
+                         [](const ::testing::TestParamInfo<HostileProjectRow>& info) {
+                             std::string name = info.param.file;
+                             return name.substr(0, name.find('.'));
+                         });
+
+TEST(HostileProject, NulBytesCutTheValues) {
+    RecordingRestore target(0);
+    restoreProject(kData + "nul_bytes.mon", target);
+    EXPECT_EQ(target.steps[0], "file /pi");
+    EXPECT_EQ(target.steps[2], "method 0");
+    const ProjectText text = readProjectText(kData + "nul_bytes.mon");
+    EXPECT_NE(text.propertiesString.find(std::string("/pi\0cs", 6)), std::string::npos);
+}
+
+TEST_F(ProjectFileTest, TenMegabyteLinesAndManyShortLinesReadInOnePass) {
+    const std::string big(10 * 1024 * 1024, 'q');
+    putBytes(path("big.mon"), "[project]\r\n  Increment size =" + big + "\r\n" + big +
+                                  "\r\n  Montage made from dominant image numbers:\r\n1 2\r\n");
+    RecordingRestore target(0);
+    restoreProject(path("big.mon"), target);
+    EXPECT_EQ(target.steps[3], "increment " + std::string(254, 'q'));
+    const ProjectText text = readProjectText(path("big.mon"));
+    EXPECT_EQ(text.usedCaption, "1 2\r\n");
+
+    std::string many = "[project]\r\n";
+    for (int i = 0; i < 2'000'000; ++i) {
+        many += "x\n";
+    }
+    putBytes(path("many.mon"), many);
+    EXPECT_EQ(readProjectText(path("many.mon")).propertiesString.size(), 6'000'000u);
+}
+
+TEST_F(ProjectFileTest, MissingOrFolderProjectIsAnError) {
+    EXPECT_THROW(readProjectText(path("none.mon")), RuntimeError);
+    fs::create_directories(path("dir.mon"));
+    EXPECT_THROW(readProjectText(path("dir.mon")), RuntimeError);
+}
+
+TEST_F(ProjectFileTest, SavingOverAnExistingProjectReplacesBothFiles) {
+    save(path("job.mon"), "old report\r\n", "old picture");
+    save(path("job.mon"), "new report\r\n", "new picture");
+    EXPECT_EQ(bytesOf(path("job.mon")), "[project]\r\nnew report\r\n\r\n");
+    EXPECT_EQ(bytesOf(path("job.qvz")), "new picture");
+    EXPECT_EQ(folderEntries(), (std::vector<std::string>{"job.mon", "job.qvz"}));
+}
+
+// One row: where the save fails, and the error it gives.
+struct FailedSaveRow {
+    const char* name;
+    long fileLimit;  // bytes a file may grow to, as on a full disk; 0 for no limit
+    bool pictureFails;
+    int error;
+};
+
+class FailedSaves : public ProjectFileTest, public ::testing::WithParamInterface<FailedSaveRow> {};
+
+TEST_P(FailedSaves, LeaveTheOldProjectByteForByte) {
+    const FailedSaveRow& row = GetParam();
+    save(path("job.mon"), "old report\r\n", "old picture");
+    const std::string text(4000, 'r');
+    const std::string picture(row.pictureFails ? 100000 : 10, 'p');
+    const int error = testing::withFullDisk(row.fileLimit, [&] {
+        try {
+            save(path("job.mon"), text, picture);
+            return 0;
+        } catch (const RuntimeError& e) {
+            return e.number();
+        }
+    });
+    EXPECT_EQ(error, row.error);
+    EXPECT_EQ(bytesOf(path("job.mon")), "[project]\r\nold report\r\n\r\n");
+    EXPECT_EQ(bytesOf(path("job.qvz")), "old picture");
+    EXPECT_EQ(folderEntries(), (std::vector<std::string>{"job.mon", "job.qvz"}));
+}
+
+INSTANTIATE_TEST_SUITE_P(FullDisk, FailedSaves,
+                         ::testing::Values(FailedSaveRow{"ProjectFileFull", 1000, false, 61},
+                                           FailedSaveRow{"PictureFull", 50000, true, 61}),
+                         [](const ::testing::TestParamInfo<FailedSaveRow>& info) {
+                             return info.param.name;
+                         });
+
+TEST_F(ProjectFileTest, ReadOnlyTargetsAreRefusedBeforeAnythingIsWritten) {
+    for (const char* locked : {"job.mon", "job.qvz"}) {
+        save(path("job.mon"), "old report\r\n", "old picture");
+        fs::permissions(path(locked), fs::perms::owner_read, fs::perm_options::replace);
+        try {
+            ProjectSave s(path("job.mon"));
+            FAIL() << locked << ": no error";
+        } catch (const RuntimeError& e) {
+            EXPECT_EQ(e.number(), 70) << locked;
+        }
+        fs::permissions(path(locked), fs::perms::owner_read | fs::perms::owner_write,
+                        fs::perm_options::replace);
+        EXPECT_EQ(bytesOf(path("job.mon")), "[project]\r\nold report\r\n\r\n");
+        EXPECT_EQ(folderEntries(), (std::vector<std::string>{"job.mon", "job.qvz"}));
+    }
+}
+
+TEST_F(ProjectFileTest, AReadOnlyFolderLeavesTheOldProject) {
+    save(path("job.mon"), "old report\r\n", "old picture");
+    fs::permissions(m_dir, fs::perms::owner_read | fs::perms::owner_exec,
+                    fs::perm_options::replace);
+    if (::access(m_dir.c_str(), W_OK) == 0 && !setImmutable(true)) {
+        GTEST_SKIP() << "this user may write into any folder";
+    }
+    try {
+        save(path("job.mon"), "new report\r\n", "new picture");
+        FAIL() << "no error";
+    } catch (const RuntimeError& e) {
+        EXPECT_EQ(e.number(), 70);
+    }
+    setImmutable(false);
+    EXPECT_EQ(bytesOf(path("job.mon")), "[project]\r\nold report\r\n\r\n");
+    EXPECT_EQ(bytesOf(path("job.qvz")), "old picture");
+    EXPECT_EQ(folderEntries(), (std::vector<std::string>{"job.mon", "job.qvz"}));
+}
+
+TEST_F(ProjectFileTest, AFailedPictureWriterLeavesNoTemporaryFile) {
+    save(path("job.mon"), "old report\r\n", "old picture");
+    {
+        ProjectSave s(path("job.mon"));
+        s.writeText("new report\r\n");
+        EXPECT_THROW(s.writeCompanion([](const std::string&) {}), RuntimeError);  // wrote nothing
+        EXPECT_THROW(s.commit(), RuntimeError);
+    }
+    EXPECT_EQ(bytesOf(path("job.qvz")), "old picture");
+    EXPECT_EQ(folderEntries(), (std::vector<std::string>{"job.mon", "job.qvz"}));
+}
+
+}  // namespace
+}  // namespace lumiquilt
