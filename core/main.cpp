@@ -7,7 +7,9 @@
 #include "core/files.h"
 #include "core/startup.h"
 #include "display/artwork.h"
+#include "persistence/form_preferences.h"
 #include "series/picture_io.h"
+#include "shell/shell_integration.h"
 
 int main(int argc, char** argv) {
     using namespace lumiquilt;
@@ -32,12 +34,15 @@ int main(int argc, char** argv) {
     const QScreen* screen = QGuiApplication::primaryScreen();
     const QSize screenPixels = screen != nullptr ? screen->geometry().size() : QSize(1024, 768);
 
+    const ShellPlaces places = shellPlaces(state.appPath);
     StartupResult started = startLumiquilt(arguments, state, ui, settings, screenPixels,
-                                           programStartupHooks(ui, shellPlaces(state.appPath)));
+                                           programStartupHooks(ui, places));
     if (started.handedToDesktop) {
         return 0;
     }
     ui.setParent(started.window.get());
+    DesktopShellTies ties(places, ui);
+    PreferencesCommands::of(*started.window).setShellTies(&ties);
     // Without a window manager no activation may ever come; the first return to
     // the event loop then stands in for it.
     QTimer::singleShot(0, started.window.get(), &FormMontage::activateFirstTime);

@@ -18,26 +18,36 @@ bool makeDesktopShortcut(const ShellPlaces& places) {
     return desktop_ties::writeShortcut(places);
 }
 
-void updateContextVerb(bool checkRight, int16_t rightMouseEnabled, const ShellPlaces& places,
-                       ModalUi& ui) {
-    if (checkRight && rightMouseEnabled == 0) {
-        // A verb that can't be made is not reported; the setting says on all the same.
-        if (desktop_ties::createVerbKey(places)) {
-            desktop_ties::setVerbCommand(places);
-        }
-    } else if (!checkRight && rightMouseEnabled == 1) {
-        bool removed = desktop_ties::deleteVerbCommand(places);
-        QCoreApplication::processEvents();
-        if (removed) {
-            removed = desktop_ties::deleteVerbKey(places);
-        }
-        if (removed) {
-            ui.messageBox(kVerbRemovedText, kVerbRemovedTitle, MessageIcon::information);
-        } else {
-            ui.messageBox(kVerbNotRemovedText, kVerbNotRemovedTitle, MessageIcon::information);
-        }
+void addContextVerb(const ShellPlaces& places) {
+    // A verb that can't be made is not reported; the setting says on all the same.
+    if (desktop_ties::createVerbKey(places)) {
+        desktop_ties::setVerbCommand(places);
     }
-    // A box left as it was touches nothing: a verb removed by hand stays removed.
+}
+
+void removeContextVerb(const ShellPlaces& places, ModalUi& ui) {
+    bool removed = desktop_ties::deleteVerbCommand(places);
+    QCoreApplication::processEvents();
+    if (removed) {
+        removed = desktop_ties::deleteVerbKey(places);
+    }
+    if (removed) {
+        ui.messageBox(kVerbRemovedText, kVerbRemovedTitle, MessageIcon::information);
+    } else {
+        ui.messageBox(kVerbNotRemovedText, kVerbNotRemovedTitle, MessageIcon::information);
+    }
+}
+
+void DesktopShellTies::makeDesktopShortcut() {
+    lumiquilt::makeDesktopShortcut(m_places);
+}
+
+void DesktopShellTies::addContextMenuVerb() {
+    addContextVerb(m_places);
+}
+
+void DesktopShellTies::removeContextMenuVerb() {
+    removeContextVerb(m_places, m_ui);
 }
 
 }  // namespace lumiquilt

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "display/modal_ui.h"
+#include "persistence/form_preferences.h"
 
 namespace lumiquilt {
 
@@ -24,13 +25,28 @@ ShellPlaces shellPlaces(const std::string& appPath);
 /// nothing is said.
 bool makeDesktopShortcut(const ShellPlaces& places);
 
-/// Adds or removes the file manager's "Lumiquilt" entry for picture files, at OK of
-/// the Preferences dialog and before rightMouseEnabled takes the state of the box:
-/// added, silently, when the box is checked and rightMouseEnabled is 0; removed,
-/// with a message that says how that went, when the box is clear and
-/// rightMouseEnabled is 1; otherwise nothing is touched.
-void updateContextVerb(bool checkRight, int16_t rightMouseEnabled, const ShellPlaces& places,
-                       ModalUi& ui);
+/// Adds the file manager's "Lumiquilt" entry for picture files, or writes it anew.
+/// A failure is silent.
+void addContextVerb(const ShellPlaces& places);
+
+/// Removes that entry: its command, then (if that went) its key; then tells the
+/// user by one of the two messages below whether the last removal tried worked.
+void removeContextVerb(const ShellPlaces& places, ModalUi& ui);
+
+/// The desktop ties as the Preferences dialog reaches them at OK. The dialog
+/// decides when: it adds the verb only when its box turns on and removes it only
+/// when the box turns off.
+class DesktopShellTies : public PreferencesShellTies {
+  public:
+    DesktopShellTies(ShellPlaces places, ModalUi& ui) : m_places(std::move(places)), m_ui(ui) {}
+    void makeDesktopShortcut() override;
+    void addContextMenuVerb() override;
+    void removeContextMenuVerb() override;
+
+  private:
+    ShellPlaces m_places;
+    ModalUi& m_ui;
+};
 
 /// The messages of a removal (information icon).
 inline constexpr const char* kVerbRemovedText =

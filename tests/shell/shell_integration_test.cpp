@@ -12,6 +12,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "persistence/form_preferences.h"
 #include "shell/desktop_ties.h"
 #include "support/ui_fixture.h"
 
@@ -103,52 +104,43 @@ TEST_F(ShellTest, ShortcutWithNowhereToGoFailsQuietly) {
     EXPECT_TRUE(ui.messages.empty());
 }
 
-// The verb at Preferences OK: the box, what the program believed, what was there.
-struct VerbRow {
+// Removing the verb, by what stood before: only a command and its key that both go
+// make the message of success.
+struct RemoveRow {
     const char* name;
-    bool checkRight;
-    int16_t rightMouseEnabled;
     enum Before { none, whole, keyOnly, keyWithMore } before;
-    bool presentAfter;
-    enum Message { silent, removed, notRemoved } message;
+    bool removed;
 };
 
-class VerbTest : public ShellTest, public ::testing::WithParamInterface<VerbRow> {};
+class RemoveVerbTest : public ShellTest, public ::testing::WithParamInterface<RemoveRow> {};
 
-TEST_P(VerbTest, AddsOrRemovesOnlyOnAChange) {
-    const VerbRow& row = GetParam();
+TEST_P(RemoveVerbTest, TellsWhetherItWent) {
+    const RemoveRow& row = GetParam();
     const std::string command = desktop_ties::verbCommandFile(places);
     const fs::path key = fs::path(command).parent_path();
-    if (row.before != VerbRow::none) {
+    if (row.before != RemoveRow::none) {
         fs::create_directories(key);
     }
-    if (row.before == VerbRow::whole || row.before == VerbRow::keyWithMore) {
-        testing::writeBytes(command, "[Desktop Entry]\nby hand\n");
+    if (row.before == RemoveRow::whole || row.before == RemoveRow::keyWithMore) {
+        testing::writeBytes(command, "[Desktop Entry]\n");
     }
-    if (row.before == VerbRow::keyWithMore) {
+    if (row.before == RemoveRow::keyWithMore) {
         testing::writeBytes((key / "other.desktop").string(), "x");
     }
-    updateContextVerb(row.checkRight, row.rightMouseEnabled, places, ui);
+    removeContextVerb(places, ui);
 
-    EXPECT_EQ(verbPresent(), row.presentAfter);
-    if (row.message == VerbRow::silent) {
-        EXPECT_TRUE(ui.messages.empty());
-        if (row.before == VerbRow::whole && row.presentAfter) {
-            // Untouched unless it was added anew.
-            const bool added = row.checkRight && row.rightMouseEnabled == 0;
-            EXPECT_EQ(readText(command).find("by hand") == std::string::npos, added);
-        }
-        return;
-    }
+    EXPECT_FALSE(verbPresent());
+    // With its command already gone the key is not tried, and stays.
+    EXPECT_EQ(verbKeyPresent(),
+              row.before == RemoveRow::keyOnly || row.before == RemoveRow::keyWithMore);
     ASSERT_EQ(ui.messages.size(), 1u);
     const MessageRecord& m = ui.messages[0];
     EXPECT_EQ(m.icon, MessageIcon::information);
-    if (row.message == VerbRow::removed) {
+    if (row.removed) {
         EXPECT_EQ(m.text,
                   "The 'Lumiquilt' item has been removed from the Windows Explorer Right Mouse "
                   "Click context menu");
         EXPECT_EQ(m.title, "To restore it, you need to run setup again");
-        EXPECT_FALSE(verbKeyPresent());
     } else {
         EXPECT_EQ(m.text,
                   "I have struck problems with removing the 'Lumiquilt' item from the Windows "
@@ -157,40 +149,75 @@ TEST_P(VerbTest, AddsOrRemovesOnlyOnAChange) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Verb, VerbTest,
-    ::testing::Values(
-        VerbRow{"TurnedOn", true, 0, VerbRow::none, true, VerbRow::silent},
-        VerbRow{"TurnedOnOverAnOldOne", true, 0, VerbRow::whole, true, VerbRow::silent},
-        // Left on: a verb removed by hand is not restored.
-        VerbRow{"LeftOnAfterRemovalByHand", true, 1, VerbRow::none, false, VerbRow::silent},
-        VerbRow{"LeftOnTouchesNothing", true, 1, VerbRow::whole, true, VerbRow::silent},
-        VerbRow{"LeftOffTouchesNothing", false, 0, VerbRow::whole, true, VerbRow::silent},
-        VerbRow{"TurnedOff", false, 1, VerbRow::whole, false, VerbRow::removed},
-        VerbRow{"TurnedOffWhenAlreadyGone", false, 1, VerbRow::none, false, VerbRow::notRemoved},
-        VerbRow{"TurnedOffWithOnlyTheKeyLeft", false, 1, VerbRow::keyOnly, false,
-                VerbRow::notRemoved},
-        VerbRow{"TurnedOffButTheKeyHoldsMore", false, 1, VerbRow::keyWithMore, false,
-                VerbRow::notRemoved}),
-    [](const auto& info) { return std::string(info.param.name); });
+INSTANTIATE_TEST_SUITE_P(Verb, RemoveVerbTest,
+                         ::testing::Values(RemoveRow{"Whole", RemoveRow::whole, true},
+                                           RemoveRow{"AlreadyGone", RemoveRow::none, false},
+                                           RemoveRow{"OnlyTheKeyLeft", RemoveRow::keyOnly, false},
+                                           RemoveRow{"KeyHoldsMore", RemoveRow::keyWithMore,
+                                                     false}),
+                         [](const auto& info) { return std::string(info.param.name); });
 
-TEST_F(ShellTest, KeyOnlyIsLeftWhenItsCommandIsGone) {
-    fs::create_directories(fs::path(desktop_ties::verbCommandFile(places)).parent_path());
-    updateContextVerb(false, 1, places, ui);
-    // The first removal failed, so the second was not tried.
-    EXPECT_TRUE(verbKeyPresent());
+TEST_F(ShellTest, AddingWritesTheEntryAnewAndSilently) {
+    addContextVerb(places);
+    ASSERT_TRUE(verbPresent());
+    const std::string written = readText(desktop_ties::verbCommandFile(places));
+    testing::writeBytes(desktop_ties::verbCommandFile(places), "old");
+    addContextVerb(places);
+    EXPECT_EQ(readText(desktop_ties::verbCommandFile(places)), written);
+    EXPECT_TRUE(ui.messages.empty());
 }
 
 TEST_F(ShellTest, VerbThatCannotBeMadeIsSilent) {
     testing::writeBytes(dir.path("afile"), "x");
     places.applicationsFolder = dir.path("afile") + "/applications";
-    updateContextVerb(true, 0, places, ui);
+    addContextVerb(places);
     EXPECT_FALSE(verbPresent());
     EXPECT_TRUE(ui.messages.empty());
 }
 
+// The Preferences dialog with the real desktop ties: each OK in turn.
+TEST_F(ShellTest, PreferencesOkAddsAndRemovesOnlyOnAChange) {
+    start();
+    DesktopShellTies ties(places, ui);
+    PreferencesCommands::of(form()).setShellTies(&ties);
+    const auto ok = [this](bool shortcut, bool right) {
+        form().m.mnuPreferences->trigger();
+        FormPreferences* p = PreferencesCommands::of(form()).dialog();
+        ASSERT_NE(p, nullptr);
+        p->CheckShortcut->setChecked(shortcut);
+        p->CheckRight->setChecked(right);
+        p->CommandOK->click();
+    };
+    const std::string shortcut = places.desktopFolder + "/Lumiquilt.desktop";
+
+    ok(false, true);  // turned on
+    EXPECT_TRUE(verbPresent());
+    EXPECT_FALSE(fs::exists(shortcut));
+    EXPECT_EQ(state.rightMouseEnabled, 1);
+
+    fs::remove(desktop_ties::verbCommandFile(places));  // by hand
+    ok(true, true);                                     // left on: not restored
+    EXPECT_FALSE(verbPresent());
+    EXPECT_TRUE(fs::exists(shortcut));
+    EXPECT_TRUE(ui.messages.empty());
+
+    ok(true, false);  // turned off, but it was gone already
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(ui.messages[0].title, "Maybe it has already been removed????");
+    EXPECT_EQ(state.rightMouseEnabled, 0);
+
+    ok(false, true);  // on again: back
+    EXPECT_TRUE(verbPresent());
+    ok(false, false);  // off: removed
+    ASSERT_EQ(ui.messages.size(), 2u);
+    EXPECT_EQ(ui.messages[1].title, "To restore it, you need to run setup again");
+    EXPECT_FALSE(verbKeyPresent());
+    ok(false, false);  // left off: nothing
+    EXPECT_EQ(ui.messages.size(), 2u);
+}
+
 TEST_F(ShellTest, VerbEntryOffersThePicturesTheProgramReads) {
-    updateContextVerb(true, 0, places, ui);
+    addContextVerb(places);
     const std::string text = readText(desktop_ties::verbCommandFile(places));
     EXPECT_NE(text.find("Name=Lumiquilt\n"), std::string::npos);
     EXPECT_NE(text.find("MimeType=image/bmp;image/jpeg;image/gif;\n"), std::string::npos);
@@ -216,7 +243,7 @@ TEST_F(ShellTest, FolderWithBlanksAndShellCharactersStillStartsTheProgram) {
     fs::create_directories(fs::path(picture).parent_path());
     testing::writeBytes(picture, "x");
 
-    updateContextVerb(true, 0, places, ui);
+    addContextVerb(places);
     if (!QStandardPaths::findExecutable("desktop-file-validate").isEmpty()) {
         EXPECT_EQ(validateEntry(desktop_ties::verbCommandFile(places)), "");
     }
@@ -240,7 +267,7 @@ TEST_F(ShellTest, FolderWithBlanksAndShellCharactersStillStartsTheProgram) {
 
 TEST_F(ShellTest, PercentInTheFolderIsDoubled) {
     places.appPath = dir.path("100% sure") + "/";
-    updateContextVerb(true, 0, places, ui);
+    addContextVerb(places);
     const std::string text = readText(desktop_ties::verbCommandFile(places));
     EXPECT_NE(text.find("Exec=\"" + dir.path("100%% sure") + "/lumiquilt\" %f\n"),
               std::string::npos)
