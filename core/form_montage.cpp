@@ -13,6 +13,7 @@
 
 #include "core/numbers.h"
 #include "core/runtime_error.h"
+#include "display/form_about.h"
 #include "display/window_geometry.h"
 #include "engine/form_preview.h"
 #include "engine/measures.h"
@@ -347,6 +348,7 @@ void FormMontage::connectMenus() {
     }
     connect(m.mnuHelp, &QAction::triggered, this, &FormMontage::mnuHelp_Click);
     connect(m.mnuContact, &QAction::triggered, this, &FormMontage::mnuContact_Click);
+    connect(m.mnuAbout, &QAction::triggered, this, [this] { showAbout(this, m_ui); });
 }
 
 void FormMontage::makeBackground() {

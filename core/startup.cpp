@@ -6,6 +6,7 @@
 #include "core/files.h"
 #include "core/text.h"
 #include "core/window_scale.h"
+#include "display/splash.h"
 #include "display/window_geometry.h"
 #include "persistence/preferences.h"
 
@@ -28,6 +29,13 @@ bool isProgramPicture(const std::string& name) {
 }
 
 }  // namespace
+
+StartupHooks programStartupHooks(ModalUi& ui, const ShellPlaces& places) {
+    StartupHooks hooks;
+    hooks.showSplash = [&ui] { showSplash(ui); };
+    hooks.makeDesktopShortcut = [places] { makeDesktopShortcut(places); };
+    return hooks;
+}
 
 StartupResult startLumiquilt(const std::vector<std::string>& arguments, ProgramState& s,
                              ModalUi& ui, Settings& settings, QSize screenPixels,

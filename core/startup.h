@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "core/form_montage.h"
+#include "shell/shell_integration.h"
 
 namespace lumiquilt {
 
@@ -17,6 +18,9 @@ struct StartupHooks {
     /// Makes the desktop shortcut again, when the settings ask for it (step 19).
     std::function<void()> makeDesktopShortcut;
 };
+
+/// The program's own hooks: the splash, and the shortcut made at `places`.
+StartupHooks programStartupHooks(ModalUi& ui, const ShellPlaces& places);
 
 /// The outcome of start-up: the main window, or nothing when the named file was
 /// handed to the desktop and the program ends.

@@ -27,7 +27,26 @@ QString qtFilterFrom(const std::string& filter) {
     for (int i = 0; i + 1 < parts.size(); i += 2) {
         QString patterns = parts[i + 1];
         patterns.replace(';', ' ');
-        entries << parts[i].trimmed() + " (" + patterns + ")";
+        patterns = patterns.simplified();
+        const QString caption = parts[i];
+        // Qt takes the patterns from the caption's last brackets and shows the caption
+        // as it is, so a caption that names its patterns already gets no second copy.
+        if (caption.trimmed() == patterns) {
+            entries << patterns;
+            continue;
+        }
+        QString base = caption.trimmed();
+        const qsizetype open = base.lastIndexOf('(');
+        if (open >= 0 && base.endsWith(')')) {
+            QString named = base.mid(open + 1, base.size() - open - 2);
+            named.replace(';', ' ');
+            if (named.simplified() == patterns) {
+                base = caption.left(caption.lastIndexOf('('));
+                entries << base + "(" + patterns + ")";
+                continue;
+            }
+        }
+        entries << base + " (" + patterns + ")";
     }
     return entries.join(";;");
 }

@@ -111,7 +111,8 @@ class ScriptedModalUi : public ModalUi {
     bool choosePrinter(QPrinter& printer) override;
 };
 
-/// Turns "Caption|*.a;*.b|All|*.*|" into Qt's "Caption (*.a *.b);;All (*.*)".
+/// Turns "Caption|*.a;*.b|All|*.*|" into Qt's "Caption (*.a *.b);;All (*.*)". A caption
+/// that names its patterns already, in brackets or alone, shows them once.
 QString qtFilterFrom(const std::string& filter);
 
 }  // namespace lumiquilt
