@@ -13,6 +13,7 @@
 #include "core/files.h"
 #include "core/numbers.h"
 #include "core/runtime_error.h"
+#include "core/version.h"
 #include "core/text.h"
 #include "engine/create_image.h"
 #include "engine/evaluate_image.h"
@@ -420,7 +421,7 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
         return 0;
     }
     if (arguments.size() == 1 && arguments[0] == "--version") {
-        out << "lumiquilt-cli " << LUMIQUILT_VERSION << "\n";
+        out << "lumiquilt-cli " << kVersionText << "\n";
         return 0;
     }
     Options options;

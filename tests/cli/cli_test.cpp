@@ -4,6 +4,7 @@
 
 #include <sstream>
 
+#include "core/version.h"
 #include "support/test_pictures.h"
 
 namespace lumiquilt {
@@ -79,7 +80,7 @@ TEST(Cli, HelpAndVersionGoToStandardOutput) {
     }
     const CliRun v = cli({"--version"}, "/");
     EXPECT_EQ(v.code, 0);
-    EXPECT_EQ(v.out, std::string("lumiquilt-cli ") + LUMIQUILT_VERSION + "\n");
+    EXPECT_EQ(v.out, std::string("lumiquilt-cli ") + kVersionText + "\n");
     // Only alone are they answers; beside a command they are unknown options.
     EXPECT_EQ(cli({"montage", "s1.png", "--version"}, "/").code, 2);
 }
