@@ -4,6 +4,7 @@
 //
 // Input: a byte of choices, width, height, the transparent colour, then pixel bytes
 // (repeated to fill the picture).
+#include <algorithm>
 #include <cstdlib>
 #include <exception>
 #include <string>
@@ -127,8 +128,10 @@ void gifEncoderEntry(const uint8_t* data, std::size_t size) {
     }
     FUZZ_EXPECT(parsed.signature == (transparent ? "GIF89a" : "GIF87a"), "wrong signature");
     FUZZ_EXPECT(parsed.width == width && parsed.height == height, "wrong size in the header");
-    FUZZ_EXPECT(std::equal(parsed.table.begin(), parsed.table.end(), picture.colourTable.begin()),
-                "the colour table differs");
+    FUZZ_EXPECT(
+        parsed.table.size() == picture.colourTable.size() &&
+            std::equal(parsed.table.begin(), parsed.table.end(), picture.colourTable.begin()),
+        "the colour table differs");
     FUZZ_EXPECT(parsed.hasControl == transparent, "control block present or missing");
     if (transparent) {
         int index = 0;
