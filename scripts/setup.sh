@@ -9,6 +9,16 @@ shift || true
 
 packages=(cmake ninja-build g++ qt6-base-dev libgl-dev libgtest-dev xvfb xauth fonts-dejavu-core
           imagemagick desktop-file-utils appstream libglib2.0-bin man-db)
+# The fuzz programs (scripts/fuzz.sh) need clang and its libFuzzer; nothing else does.
+fuzz=0
+for arg in "$@"; do
+    if [ "$arg" = "-DLUMIQUILT_FUZZ=ON" ]; then
+        fuzz=1
+    fi
+done
+if [ "$fuzz" -eq 1 ]; then
+    packages+=(clang libclang-rt-14-dev)
+fi
 missing=()
 for p in "${packages[@]}"; do
     dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")
@@ -22,4 +32,8 @@ if [ "${#missing[@]}" -gt 0 ]; then
 fi
 
 cmake -S "$root" -B "$build" -G Ninja "$@" >/dev/null
-cmake --build "$build"
+if [ "$fuzz" -eq 1 ]; then
+    cmake --build "$build" --target fuzz_targets
+else
+    cmake --build "$build"
+fi

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QImageIOHandler>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QSaveFile>
@@ -40,7 +41,16 @@ QImage loadPicture(const std::string& fileName) {
     }
     QImageReader reader(QString::fromStdString(fileName));
     reader.setDecideFormatFromContent(true);
-    QImage image = reader.read();
+    QImage image;
+    // A decoder that meets the end of a short file (a BMP above all) stops and calls
+    // the picture good, its missing rows left as the memory was found. A picture
+    // made black beforehand, which the decoder fills in place, keeps them black.
+    if (QImageIOHandler::allocateImage(reader.size(), reader.imageFormat(), &image)) {
+        image.fill(0);
+    }
+    if (!reader.read(&image)) {
+        image = QImage();
+    }
     if (image.isNull()) {
         if (reader.error() == QImageReader::FileNotFoundError) {
             throw RuntimeError(kFileNotFound);

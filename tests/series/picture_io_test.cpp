@@ -69,6 +69,31 @@ TEST(LoadPicture, HostileFilesGiveTheirErrorNumbers) {
     EXPECT_EQ(errorOf(dir.path(std::string(300, 'n') + "1.jpg")), 53);
 }
 
+TEST(LoadPicture, RowsAShortBmpLacksAreBlackNotLeftovers) {
+    TestFolder dir;
+    const QImage picture = testing::patternPicture(12, 8, 5);
+    testing::savePictureFile(picture, dir.path("full1.bmp"));
+    const std::string bytes = testing::readBytes(dir.path("full1.bmp"));
+    // 24-bit rows of 36 bytes, bottom row first: keep the bottom three.
+    ASSERT_EQ(bytes.size(), 54u + 8 * 36);
+    testing::writeBytes(dir.path("short1.bmp"), bytes.substr(0, 54 + 3 * 36));
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        // Leave freed memory of the picture's size full of non-zero bytes, where a
+        // decoder's fresh picture is likely to land.
+        std::vector<char> litter(12 * 8 * 4 + attempt, '\x5a');
+        litter = {};
+        const QImage loaded = loadPicture(dir.path("short1.bmp"));
+        ASSERT_EQ(loaded.size(), QSize(12, 8));
+        for (int y = 0; y < 8; ++y) {
+            for (int x = 0; x < 12; ++x) {
+                const QRgb expected = y >= 5 ? picture.pixel(x, y) : qRgb(0, 0, 0);
+                ASSERT_EQ(loaded.pixel(x, y) & 0xFFFFFF, expected & 0xFFFFFF)
+                    << x << "," << y << " attempt " << attempt;
+            }
+        }
+    }
+}
+
 TEST(LoadPicture, TruncatedJpegNeverCrashes) {
     TestFolder dir;
     testing::savePictureFile(testing::patternPicture(64, 48, 2), dir.path("full1.jpg"));

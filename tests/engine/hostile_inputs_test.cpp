@@ -1,0 +1,415 @@
+// Hostile inputs against both front ends of Create Image: each row names a series
+// (or a settings file) and the message or result that the window program and
+// lumiquilt-cli must both come to. The files are in tests/data/hostile/.
+#include <sys/stat.h>
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <functional>
+#include <sstream>
+
+#include "cli/cli_app.h"
+#include "persistence/profile_file.h"
+#include "support/ui_fixture.h"
+
+namespace lumiquilt {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::UiTest;
+
+const std::string kHostile = LUMIQUILT_TEST_DATA "/hostile/";
+
+// What a run must end with, on either road.
+struct Outcome {
+    std::string text;  ///< the message that stops the run; empty when there is none
+    std::string title;
+    MessageIcon icon = MessageIcon::none;
+    int images = 0;  ///< pictures the window program has loaded at the end
+    bool montage = false;
+};
+
+Outcome notAPicture(int loaded) {
+    return {"This is not a valid picture file that I can read.", "Try a different format",
+            MessageIcon::critical, loaded, false};
+}
+
+Outcome notFound() {
+    return {"So very sorry, but I can't find that file.", "roll the dice again",
+            MessageIcon::exclamation, 0, false};
+}
+
+Outcome montageOf(int images) {
+    return {"", "", MessageIcon::none, images, true};
+}
+
+// One file of a series: a good picture of the series' type, a fixture, no bytes,
+// or a folder under the member's name.
+struct Member {
+    enum Kind { good, fixture, empty, folder } kind = good;
+    std::string file;
+};
+
+const Member kGood{Member::good, ""};
+const Member kEmpty{Member::empty, ""};
+const Member kFolder{Member::folder, ""};
+Member fixture(const std::string& file) {
+    return {Member::fixture, file};
+}
+
+struct SeriesRow {
+    std::string what;
+    std::string extension;  ///< of every member
+    std::vector<Member> members;
+    Outcome outcome;
+    std::string folder = "series";  ///< where the members lie
+    std::string stem = "h";         ///< member k is stem + k + extension
+    std::function<void(const QImage&)> checkMontage = nullptr;
+};
+
+void PrintTo(const SeriesRow& row, std::ostream* out) {
+    *out << row.what;
+}
+
+void makeMember(const Member& member, const std::string& extension, int k,
+                const std::string& name) {
+    switch (member.kind) {
+        case Member::good:
+            // GIF can only be read here, so every good GIF member is the same picture.
+            if (extension == ".gif") {
+                fs::copy_file(kHostile + "good.gif", name);
+            } else {
+                testing::savePictureFile(testing::patternPicture(16, 12, k), name);
+            }
+            break;
+        case Member::fixture:
+            fs::copy_file(kHostile + member.file, name);
+            break;
+        case Member::empty:
+            testing::writeBytes(name, "");
+            break;
+        case Member::folder:
+            fs::create_directories(name);
+            break;
+    }
+}
+
+// Members of three at the start, in the middle and at the end of a series.
+std::vector<Member> withMemberAt(int position, const Member& odd) {
+    std::vector<Member> members(3, kGood);
+    members[static_cast<size_t>(position)] = odd;
+    return members;
+}
+
+void expectBlack(const QImage& montage) {
+    for (int y = 0; y < montage.height(); ++y) {
+        for (int x = 0; x < montage.width(); ++x) {
+            ASSERT_EQ(montage.pixel(x, y) & 0xFFFFFF, 0u) << x << "," << y;
+        }
+    }
+}
+
+std::vector<SeriesRow> seriesRows() {
+    const std::string pixels = testing::readBytes(kHostile + "bmp_top_down.bmp").substr(54);
+    // The fixtures' pixel bytes run blue, green, red from the first row in the file.
+    const auto firstFileRowOnTop = [pixels](const QImage& montage) {
+        EXPECT_EQ(montage.pixel(0, 0) & 0xFFFFFF,
+                  qRgb(static_cast<uint8_t>(pixels[2]), static_cast<uint8_t>(pixels[1]),
+                       static_cast<uint8_t>(pixels[0])) &
+                      0xFFFFFF);
+    };
+    const auto firstFileRowAtBottom = [pixels](const QImage& montage) {
+        EXPECT_EQ(montage.pixel(0, montage.height() - 1) & 0xFFFFFF,
+                  qRgb(static_cast<uint8_t>(pixels[2]), static_cast<uint8_t>(pixels[1]),
+                       static_cast<uint8_t>(pixels[0])) &
+                      0xFFFFFF);
+    };
+
+    std::vector<SeriesRow> rows = {
+        {"BMP claiming 100000 by 100000",
+         ".bmp",
+         {fixture("bmp_100000x100000.bmp")},
+         notAPicture(0)},
+        {"BMP of negative width", ".bmp", {fixture("bmp_negative_width.bmp")}, notAPicture(0)},
+        {"BMP of zero width", ".bmp", {fixture("bmp_zero_width.bmp")}, notAPicture(0)},
+        {"BMP of zero height", ".bmp", {fixture("bmp_zero_height.bmp")}, notAPicture(0)},
+        {"BMP of negative height runs top-down",
+         ".bmp",
+         {fixture("bmp_top_down.bmp")},
+         montageOf(1),
+         "series",
+         "h",
+         firstFileRowOnTop},
+        {"BMP whose size fields lie reads by its header",
+         ".bmp",
+         {fixture("bmp_size_fields_lie.bmp")},
+         montageOf(1),
+         "series",
+         "h",
+         firstFileRowAtBottom},
+        {"BMP whose pixels start past its end is black",
+         ".bmp",
+         {fixture("bmp_offset_beyond_end.bmp")},
+         montageOf(1),
+         "series",
+         "h",
+         expectBlack},
+        {"GIF with a 65535 by 65535 screen",
+         ".gif",
+         {fixture("gif_65535x65535_screen.gif")},
+         notAPicture(0)},
+        {"folder named like the first member", ".png", {kFolder}, notFound()},
+        {"folder named like the middle member ends the series", ".png", withMemberAt(1, kFolder),
+         montageOf(1)},
+        {"folder named like the last member ends the series", ".png", withMemberAt(2, kFolder),
+         montageOf(2)},
+        {"name of 300 characters cannot exist",
+         ".png",
+         {},
+         notFound(),
+         "series",
+         std::string(295, 'n')},
+        {"path of 300 characters",
+         ".png",
+         {kGood, kGood, kGood},
+         montageOf(3),
+         std::string(100, 'a') + "/" + std::string(100, 'b') + "/" + std::string(100, 'c'),
+         "scene "},
+        {"blanks in folder and name",
+         ".jpg",
+         {kGood, kGood},
+         montageOf(2),
+         " my pictures ",
+         "a scene "},
+        {"UTF-8 in folder and name",
+         ".bmp",
+         {kGood, kGood},
+         montageOf(2),
+         "Bilder Ünïcødé",
+         "été_ß_日本"},
+    };
+    // Truncated members: BMP, JPEG and GIF decoders give what they read (the rest
+    // black), a truncated PNG is no picture.
+    const char* const places[] = {"first", "middle", "last"};
+    for (const char* extension : {".bmp", ".jpg", ".gif", ".png"}) {
+        for (int at = 0; at < 3; ++at) {
+            const bool decodes = std::string(extension) != ".png";
+            rows.push_back(
+                {std::string("truncated ") + (extension + 1) + " as the " + places[at] + " member",
+                 extension, withMemberAt(at, fixture(std::string("truncated") + extension)),
+                 decodes ? montageOf(3) : notAPicture(at)});
+        }
+    }
+    for (int at = 0; at < 3; ++at) {
+        rows.push_back({std::string("empty file as the ") + places[at] + " member", ".png",
+                        withMemberAt(at, kEmpty), notAPicture(at)});
+    }
+    return rows;
+}
+
+class HostileSeries : public UiTest, public ::testing::WithParamInterface<SeriesRow> {
+  protected:
+    void SetUp() override {
+        UiTest::SetUp();
+        start();
+        form().activateFirstTime();
+    }
+};
+
+TEST_P(HostileSeries, BothRoadsComeToTheSameEnd) {
+    const SeriesRow& row = GetParam();
+    const std::string folder = dir.path(row.folder);
+    fs::create_directories(folder);
+    for (size_t i = 0; i < row.members.size(); ++i) {
+        const int k = static_cast<int>(i) + 1;
+        makeMember(row.members[i], row.extension, k,
+                   folder + "/" + row.stem + std::to_string(k) + row.extension);
+    }
+    const std::string first = folder + "/" + row.stem + "1" + row.extension;
+    const Outcome& expected = row.outcome;
+
+    // The window program.
+    setFileName(first);
+    setIncrement("4");
+    form().CommandGo_Click();
+    if (expected.text.empty()) {
+        EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    } else {
+        ASSERT_EQ(ui.messages.size(), 1u);
+        EXPECT_EQ(lastMessage().text, expected.text);
+        EXPECT_EQ(lastMessage().title, expected.title);
+        EXPECT_EQ(lastMessage().icon, expected.icon);
+    }
+    EXPECT_EQ(state.imageCount, expected.images);
+    EXPECT_EQ(form().montageWindow()->isVisible(), expected.montage);
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+    const QImage shown = form().montageWindow()->PictureFile->picture();
+    if (expected.montage && row.checkMontage) {
+        row.checkMontage(shown);
+    }
+
+    // lumiquilt-cli.
+    std::ostringstream out;
+    std::ostringstream err;
+    const std::string written = dir.path("cli.png");
+    const int code = runCli({"montage", first, "-i", "4", "-o", written}, "/", out, err);
+    if (expected.montage) {
+        EXPECT_EQ(code, 0) << err.str();
+        EXPECT_EQ(err.str(), "");
+        const QImage fromCli(QString::fromStdString(written));
+        EXPECT_EQ(fromCli.convertToFormat(QImage::Format_RGB888),
+                  shown.convertToFormat(QImage::Format_RGB888));
+    } else {
+        EXPECT_EQ(code, 1);
+        EXPECT_EQ(err.str(), expected.text + "\n");
+        EXPECT_FALSE(fs::exists(written));
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, HostileSeries, ::testing::ValuesIn(seriesRows()),
+                         [](const auto& info) {
+                             std::string name;
+                             for (char c : info.param.what) {
+                                 name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+                             }
+                             return name;
+                         });
+
+// A settings file the program starts with, the increment it then shows, and what
+// the file must be after one Create Image of the window program.
+struct SettingsRow {
+    std::string what;
+    std::function<void(const std::string& path)> make;
+    std::string increment;
+    std::function<void(const std::string& before, const std::string& path,
+                       const std::string& first)>
+        after;
+};
+
+void PrintTo(const SettingsRow& row, std::ostream* out) {
+    *out << row.what;
+}
+
+std::vector<std::string> linesOf(const std::string& content) {
+    std::vector<std::string> lines;
+    std::istringstream in(content);
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+std::string read(const std::string& path, const std::string& key) {
+    return readProfileString(path, "preferences", key, "0");
+}
+
+// Every old line stays, in its order, but for the keys a run writes; the run's name
+// reads back.
+void otherLinesKept(const std::string& before, const std::string& path, const std::string& first) {
+    const std::vector<std::string> now = linesOf(testing::readBytes(path));
+    size_t j = 0;
+    for (const std::string& line : linesOf(before)) {
+        if (line.rfind("filename=", 0) == 0 || line.rfind("recent file", 0) == 0) {
+            continue;
+        }
+        while (j < now.size() && now[j] != line) {
+            ++j;
+        }
+        ASSERT_LT(j, now.size()) << "lost: " << line.substr(0, 60);
+    }
+    EXPECT_EQ(read(path, "filename"), first);
+}
+
+// The old bytes open the new file; the keys follow in a section of their own.
+void oldBytesThenSection(const std::string& before, const std::string& path,
+                         const std::string& first) {
+    const std::string now = testing::readBytes(path);
+    ASSERT_GT(now.size(), before.size());
+    EXPECT_EQ(now.substr(0, before.size()), before);
+    EXPECT_EQ(read(path, "filename"), first);
+}
+
+void untouched(const std::string& before, const std::string& path, const std::string&) {
+    EXPECT_EQ(testing::readBytes(path), before);
+}
+
+void stillAnEmptyFolder(const std::string&, const std::string& path, const std::string&) {
+    EXPECT_TRUE(fs::is_directory(path));
+    EXPECT_TRUE(fs::is_empty(path));
+    for (const auto& entry : fs::directory_iterator(fs::path(path).parent_path())) {
+        EXPECT_EQ(entry.path().filename().string().find(".tmp-"), std::string::npos)
+            << entry.path();
+    }
+}
+
+std::function<void(const std::string&)> copyOf(const std::string& fixtureName) {
+    return [fixtureName](const std::string& path) { fs::copy_file(kHostile + fixtureName, path); };
+}
+
+std::vector<SettingsRow> settingsRows() {
+    return {
+        {"NUL bytes cut a value and stay in the file", copyOf("settings_nul.ini"), "3",
+         otherLinesKept},
+        {"garbage reads as no settings", copyOf("settings_garbage.ini"), "0", oldBytesThenSection},
+        {"line of 10 MB",
+         [](const std::string& path) {
+             testing::writeBytes(path, "[preferences]\nIncrement=7\nnotes=" +
+                                           std::string(10 << 20, 'x') + "\nfilename=/old1.png\n");
+         },
+         "7", otherLinesKept},
+        {"keys without a section are not read", copyOf("settings_no_section.ini"), "0",
+         oldBytesThenSection},
+        {"CR-only line ends make one line", copyOf("settings_cr_only.ini"), "0",
+         oldBytesThenSection},
+        {"a folder in its place", [](const std::string& path) { fs::create_directory(path); }, "0",
+         stillAnEmptyFolder},
+        {"read-only file",
+         [](const std::string& path) {
+             testing::writeBytes(path, "[preferences]\nIncrement=7\nfilename=/old1.png\n");
+             fs::permissions(
+                 path, fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
+         },
+         "7", untouched},
+    };
+}
+
+class HostileSettings : public UiTest, public ::testing::WithParamInterface<SettingsRow> {};
+
+TEST_P(HostileSettings, CostNothingButTheSettings) {
+    const SettingsRow& row = GetParam();
+    const std::string path = settings->path();
+    row.make(path);
+    const std::string before = fs::is_directory(path) ? "" : testing::readBytes(path);
+    makeSeries("s", 2);
+    start();
+    form().activateFirstTime();
+    EXPECT_EQ(form().TextIncrement->text().toStdString(), row.increment);
+
+    setFileName(dir.path("s1.png"));
+    setIncrement("10");
+    form().CommandGo_Click();
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_EQ(state.imageCount, 2);
+    EXPECT_TRUE(form().montageWindow()->isVisible());
+    row.after(before, path, dir.path("s1.png"));
+
+    // lumiquilt-cli keeps no settings: it makes the montage and leaves the file be.
+    const std::string now = fs::is_directory(path) ? "" : testing::readBytes(path);
+    std::ostringstream out;
+    std::ostringstream err;
+    EXPECT_EQ(runCli({"montage", dir.path("s1.png"), "--score"}, "/", out, err), 0) << err.str();
+    EXPECT_EQ(fs::is_directory(path) ? "" : testing::readBytes(path), now);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, HostileSettings, ::testing::ValuesIn(settingsRows()),
+                         [](const auto& info) {
+                             std::string name;
+                             for (char c : info.param.what) {
+                                 name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+                             }
+                             return name;
+                         });
+
+}  // namespace
+}  // namespace lumiquilt
