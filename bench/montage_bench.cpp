@@ -77,9 +77,17 @@ void benchSeries(const QImage& photo, int count, int width, int height, bool qui
                 width * height / 1e6);
 
     const SeriesPattern pattern = findDigits(first);
-    std::vector<DecodedMember> members;
-    const double decodeOne = seconds([&] { members = decodeSeries(pattern, 1); }, repeats);
-    const double decodeTwo = seconds([&] { members = decodeSeries(pattern, 2); }, repeats);
+    std::vector<QImage> members;
+    auto decodeAll = [&](int threads) {
+        SeriesReader reader(pattern, true, threads);
+        members.clear();
+        for (int k = 1; k <= count; ++k) {
+            reader.load(k, memberName(pattern, k));
+            members.push_back(reader.picture(k));
+        }
+    };
+    const double decodeOne = seconds([&] { decodeAll(1); }, repeats);
+    const double decodeTwo = seconds([&] { decodeAll(2); }, repeats);
 
     ProgramState state;
     initialiseProgramState(state);
@@ -89,7 +97,7 @@ void benchSeries(const QImage& photo, int count, int width, int height, bool qui
     state.methodChecked[0] = kTrue;
     std::vector<PictureView> views;
     for (const auto& m : members) {
-        views.push_back(viewOf(m.picture));
+        views.push_back(viewOf(m));
     }
     const size_t seriesBytes = static_cast<size_t>(width) * height * 3 * count;
     std::vector<uint8_t> copySource(seriesBytes, 1);

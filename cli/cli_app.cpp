@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <optional>
 #include <ostream>
 
@@ -196,26 +197,28 @@ class CliFront : public CreateImageFront {
 
     void seriesFound(const SeriesPattern& pattern) override {
         progress("decoding the series");
-        m_pictures.clear();
-        m_members = decodeSeries(pattern, 2);
-        m_loader = loaderFor(m_members, m_pictures);
+        m_reader.reset();
+        // A single montage reads its pictures once: they need not outlive their frames.
+        m_reader = std::make_unique<SeriesReader>(pattern, m_options.command != "montage", 2);
     }
-    void loadMember(int k, const std::string& fileName) override { m_loader(k, fileName); }
+    void loadMember(int k, const std::string& fileName) override {
+        if (!m_reader) {
+            throw RuntimeError(kFileNotFound);
+        }
+        m_reader->load(k, fileName);
+    }
     PictureView memberPicture(int k) override {
-        const size_t i = static_cast<size_t>(k - 1);
-        return i < m_pictures.size() ? viewOf(m_pictures[i]) : PictureView{};
+        return m_reader ? m_reader->view(k) : PictureView{};
     }
+    SeriesFrames* seriesFrames() override { return m_reader ? m_reader->frames() : nullptr; }
     void startPreview() override {
         progress("building the montage");
         m_row = 0;
     }
     void seriesRead() override {
         // A single montage never reads its pictures again: the memory is the output's.
-        m_members.clear();
-        m_members.shrink_to_fit();
         if (m_options.command == "montage") {
-            m_pictures.clear();
-            m_pictures.shrink_to_fit();
+            m_reader.reset();
         }
     }
     void previewRow(int16_t /*y0*/) override {
@@ -244,9 +247,7 @@ class CliFront : public CreateImageFront {
     std::string m_fileName;
     std::ostream& m_err;
     bool m_progress;
-    std::vector<DecodedMember> m_members;
-    std::vector<QImage> m_pictures;
-    MemberLoader m_loader;
+    std::unique_ptr<SeriesReader> m_reader;
     int m_row = 0;
 };
 

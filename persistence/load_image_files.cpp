@@ -21,8 +21,12 @@ std::string textOf(const QLineEdit* field) {
 }  // namespace
 
 void FormMontage::loadSeriesMember(int k, const std::string& fileName) {
+    loadSeriesMember(k, fileName, loadPicture(fileName));
+}
+
+void FormMontage::loadSeriesMember(int k, const std::string& fileName, QImage picture) {
     FormPicture* window = pictureWindow(k);
-    window->PictureFile->setPicture(loadPicture(fileName));
+    window->PictureFile->setPicture(std::move(picture));
     window->setWindowTitle(QString::fromStdString(
         "Image" + numberToText(static_cast<long long>(k)) + " -- " + fileName));
     if (window->isMinimized() || window->isMaximized()) {

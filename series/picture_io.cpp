@@ -5,6 +5,7 @@
 #include <QImageReader>
 #include <QImageWriter>
 #include <QSaveFile>
+#include <algorithm>
 
 #include "core/files.h"
 #include "core/runtime_error.h"
@@ -34,13 +35,47 @@ void configurePictureReading() {
     QImageReader::setAllocationLimit(2048);
 }
 
-QImage loadPicture(const std::string& fileName) {
+namespace {
+
+bool isThirtyTwoBit(QImage::Format format) {
+    return format == QImage::Format_RGB32 || format == QImage::Format_ARGB32 ||
+           format == QImage::Format_ARGB32_Premultiplied;
+}
+
+// Qt's decoders write into the picture they are given when it has the size and
+// format they would make; otherwise they make their own. Only the JPEG decoder is
+// trusted with memory that holds an older picture: it writes every row even of a cut
+// file, where the BMP reader leaves the rows it never reached as it found them.
+QImage decodePicture(const std::string& fileName, SampleBuffer* scratch) {
     if (!fileExists(fileName)) {
         throw RuntimeError(kFileNotFound);
     }
     QImageReader reader(QString::fromStdString(fileName));
     reader.setDecideFormatFromContent(true);
-    QImage image = reader.read();
+    QImage image;
+    if (scratch != nullptr) {
+        const QSize size = reader.size();
+        const QImage::Format format = reader.imageFormat();
+        const std::size_t rowBytes = 4u * static_cast<std::size_t>(std::max(size.width(), 0));
+        const std::size_t bytes = rowBytes * static_cast<std::size_t>(std::max(size.height(), 0));
+        // A picture the decoder would refuse for its size is left to refuse it.
+        const auto limit = static_cast<std::size_t>(QImageReader::allocationLimit()) << 20;
+        if (reader.format() == "jpeg" && isThirtyTwoBit(format) && bytes > 0 &&
+            size.width() <= 32767 && size.height() <= 32767 && (limit == 0 || bytes <= limit)) {
+            try {
+                if (scratch->size() < bytes) {
+                    scratch->allocateZeroed(bytes);
+                }
+                image = QImage(scratch->data(), size.width(), size.height(),
+                               static_cast<qsizetype>(rowBytes), format);
+            } catch (const RuntimeError&) {
+                // Without room for a scratch the decoder finds its own memory, or fails.
+            }
+        }
+    }
+    if (!reader.read(&image)) {
+        image = QImage();
+    }
     if (image.isNull()) {
         if (reader.error() == QImageReader::FileNotFoundError) {
             throw RuntimeError(kFileNotFound);
@@ -57,6 +92,16 @@ QImage loadPicture(const std::string& fileName) {
         }
     }
     return image;
+}
+
+}  // namespace
+
+QImage loadPicture(const std::string& fileName) {
+    return decodePicture(fileName, nullptr);
+}
+
+QImage loadPictureInto(const std::string& fileName, SampleBuffer& scratch) {
+    return decodePicture(fileName, &scratch);
 }
 
 PictureView viewOf(const QImage& image) {

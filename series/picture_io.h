@@ -12,6 +12,11 @@ namespace lumiquilt {
 /// 481 when it exists but is no picture that can be read, 7 without memory.
 QImage loadPicture(const std::string& fileName);
 
+/// As loadPicture, but a JPEG picture is decoded into `scratch` (grown when too
+/// small) instead of fresh memory: the picture returned is then a view on the
+/// scratch, good until the scratch is used again or goes.
+QImage loadPictureInto(const std::string& fileName, SampleBuffer& scratch);
+
 /// The engine's view of a decoded picture; the image must outlive the view.
 PictureView viewOf(const QImage& image);
 
