@@ -288,16 +288,9 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
         }
         if (!options.output.empty()) {
             try {
-                const std::string target = absoluteIn(currentFolder, options.output);
-                const QImage montage =
-                    paintMontage(state.buffers, static_cast<int>(state.imageWidth),
-                                 static_cast<int>(state.imageHeight));
-                if (toLowerUtf8(target).ends_with(".gif")) {
-                    GIF gif;
-                    gif.SaveGIF(mapToHalftone(viewOf(montage)), target);
-                } else {
-                    savePicture(montage, target);
-                }
+                saveMontage(state.buffers, static_cast<int>(state.imageWidth),
+                            static_cast<int>(state.imageHeight),
+                            absoluteIn(currentFolder, options.output));
             } catch (const RuntimeError& error) {
                 throw RunStopped{"cannot write " + options.output + ": " + error.description()};
             }

@@ -36,6 +36,12 @@ QImage paintPreview(const PixelBuffers& buffers, int width, int height);
 /// target. Throws RuntimeError on failure; the target stays as it was.
 void savePicture(const QImage& image, const std::string& fileName, const char* format = nullptr);
 
+/// Writes slot 100 as the montage picture of width by height, in the format that the
+/// name's extension chooses (.bmp, .png, .jpg or .jpeg, .gif with the program's own
+/// encoder): byte for byte what saving paintMontage's picture gives, without that
+/// picture in between where the format allows. Throws RuntimeError as savePicture.
+void saveMontage(const PixelBuffers& buffers, int width, int height, const std::string& fileName);
+
 /// Raises the decoder's memory limit once, so that large photographs load.
 void configurePictureReading();
 

@@ -131,6 +131,14 @@ struct SeriesFrames {
     bool holds(int image, int width, int height) const;
 };
 
+/// Copies `columns` pixels of one row in `format` as blue, green, red bytes.
+void copyRowAsBgr(const uint8_t* source, PixelFormat format, int columns, uint8_t* target);
+
+/// A frame of frameWidth by frameHeight (bottom row first) seen as a picture of
+/// width by height with its top row first: a view with a negative stride, no copy.
+PictureView frameAsPicture(const uint8_t* frame, int frameWidth, int frameHeight, int width,
+                           int height);
+
 /// Copies a picture into a buffer frame of frameWidth by frameHeight (padded)
 /// pixels, bottom-left corner at (0, 0), cut to the frame, a whole row at a time.
 /// Samples of the frame that the picture doesn't reach are left as they were.
@@ -141,6 +149,10 @@ void readPictureIntoFrame(const PictureView& picture, uint8_t* frame, int frameW
 /// top-down 24-bit blue-green-red rows: the reverse of readPictureIntoFrame.
 void writeFrameToPicture(const uint8_t* frame, int frameWidth, int frameHeight, uint8_t* bits,
                          std::ptrdiff_t stride, int width, int height);
+
+/// The same in red-green-blue order.
+void writeFrameToRgbPicture(const uint8_t* frame, int frameWidth, int frameHeight, uint8_t* bits,
+                            std::ptrdiff_t stride, int width, int height);
 
 /// The dimension message of image k against image 1.
 std::string dimensionMessage(int k, int width, int height, int width1, int height1);
