@@ -150,6 +150,32 @@ double windowRun(const std::string& first, int repeats) {
     return t;
 }
 
+// The buffers of a series, as a montage of the command-line tool reads them.
+void readSeries(ProgramState& state, const std::string& first) {
+    const SeriesPattern pattern = findDigits(first);
+    const std::vector<std::string> names = membersOf(pattern);
+    SeriesReader reader(pattern, false, 2);
+    std::vector<PictureView> views;
+    for (int k = 1; k <= static_cast<int>(names.size()); ++k) {
+        reader.load(k, names[static_cast<size_t>(k - 1)]);
+        views.push_back(reader.view(k));
+    }
+    initialiseProgramState(state);
+    state.imageCount = static_cast<int16_t>(names.size());
+    state.imageWidth = static_cast<float>(views[0].width);
+    state.imageHeight = static_cast<float>(views[0].height);
+    state.methodChecked[0] = kTrue;
+    loadPixelBuffers(state, PictureView{}, views[0].width, views[0].height, views, nullptr,
+                     reader.frames());
+}
+
+double blockLoopOnly(const std::string& first, int repeats) {
+    ProgramState state;
+    readSeries(state, first);
+    state.increment = 20;
+    return seconds([&] { runBlockLoop(state, 0, nullptr); }, repeats);
+}
+
 void benchSeries(const std::string& first, bool quick) {
     const int repeats = quick ? 1 : 5;
     const SeriesPattern pattern = findDigits(first);
@@ -365,6 +391,12 @@ int main(int argc, char** argv) {
             const std::string first =
                 QFileInfo(QString::fromLocal8Bit(argv[++i])).absoluteFilePath().toStdString();
             std::printf("window program, click to painted montage: %.4f s\n", windowRun(first, 3));
+            return 0;
+        } else if (std::strcmp(argv[i], "--block-loop-only") == 0 && i + 1 < argc) {
+            // For a profiler: the block loop at increment 20, fifty times over.
+            const std::string first =
+                QFileInfo(QString::fromLocal8Bit(argv[++i])).absoluteFilePath().toStdString();
+            std::printf("block loop, increment 20: %.4f s\n", blockLoopOnly(first, 50));
             return 0;
         } else if (std::strcmp(argv[i], "--photo") == 0 && i + 1 < argc) {
             photoName = QString::fromLocal8Bit(argv[++i]);

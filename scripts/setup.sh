@@ -8,7 +8,7 @@ build="${1:-$root/build}"
 shift || true
 
 packages=(cmake ninja-build g++ qt6-base-dev libgl-dev libgtest-dev xvfb xauth fonts-dejavu-core
-          imagemagick)
+          imagemagick libjpeg-turbo-progs)
 missing=()
 for p in "${packages[@]}"; do
     dpkg -s "$p" >/dev/null 2>&1 || missing+=("$p")

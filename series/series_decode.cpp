@@ -203,6 +203,20 @@ void SeriesReader::layOut(const QImage& first) {
 }
 
 void SeriesReader::load(int k, const std::string& fileName) {
+    try {
+        loadMember(k, fileName);
+    } catch (...) {
+        // The loading loop ends here: reading further ahead is wasted.
+        {
+            const std::lock_guard lock(m_mutex);
+            m_stopping = true;
+        }
+        m_changed.notify_all();
+        throw;
+    }
+}
+
+void SeriesReader::loadMember(int k, const std::string& fileName) {
     const std::size_t index = static_cast<std::size_t>(k - 1);
     if (k < 1 || index >= m_members.size()) {
         throw RuntimeError(kSubscriptOutOfRange);
@@ -234,7 +248,9 @@ void SeriesReader::load(int k, const std::string& fileName) {
             // The frames were laid out for another image 1.
             m_layout = 0;
         }
-        m.fileName = fileName;
+        if (m.fileName != fileName) {
+            m.fileName = fileName;
+        }
         m.picture = std::move(picture);
         m.width = m.picture.width();
         m.height = m.picture.height();

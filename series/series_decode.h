@@ -48,6 +48,7 @@ class SeriesReader {
   private:
     struct Member;
 
+    void loadMember(int k, const std::string& fileName);
     void work();
     void decodeAhead(std::size_t index, SampleBuffer& scratch);
     void layOut(const QImage& first);
