@@ -5,6 +5,8 @@
 # median of five runs each, taken in turn so that both see the same machine.
 #   bench/time_cli.sh CLI FIRST FILE...      e.g.
 #   bench/time_cli.sh build/bin/lumiquilt-cli /data/scene1.jpg /data/scene*.jpg
+# With BEFORE=another/lumiquilt-cli set, that program runs in every round too, so
+# that an older build and this one meet the same machine.
 set -euo pipefail
 
 cli="$1"
@@ -32,6 +34,9 @@ export -f djpegAll
 export out
 
 for ((r = 0; r < runs; ++r)); do
+    if [ -n "${BEFORE:-}" ]; then
+        measure "$BEFORE" montage "$first" -o "$out/before.bmp" >>"$out/before"
+    fi
     measure "$cli" montage "$first" -o "$out/montage.bmp" >>"$out/cli"
     measure bash -c 'djpegAll "$@"' _ "$@" >>"$out/djpeg"
 done
@@ -45,6 +50,16 @@ cliCpu=$(awk '{print $3 + $4}' "$out/cli" | median)
 djpegCpu=$(awk '{print $3 + $4}' "$out/djpeg" | median)
 echo "runs (wall s, max RSS KiB, user s, sys s), cli:" $(tr '\n' ' ' <"$out/cli")
 echo "runs (wall s, max RSS KiB, user s, sys s), djpeg:" $(tr '\n' ' ' <"$out/djpeg")
+if [ -n "${BEFORE:-}" ]; then
+    awk -v bw="$(cut -d' ' -f1 "$out/before" | median)" \
+        -v br="$(cut -d' ' -f2 "$out/before" | median)" \
+        -v bc="$(awk '{print $3 + $4}' "$out/before" | median)" -v dw="$djpegWall" '
+    BEGIN {
+        printf "before: montage -o out.bmp        median wall %.2f s  cpu %.2f s  max RSS %.0f MiB\n",
+            bw, bc, br / 1024
+        printf "ratio before / djpeg              wall %.2f\n", bw / dw
+    }'
+fi
 awk -v cw="$cliWall" -v cr="$cliRss" -v dw="$djpegWall" -v dr="$djpegRss" \
     -v cc="$cliCpu" -v dc="$djpegCpu" 'BEGIN {
     printf "lumiquilt-cli montage -o out.bmp  median wall %.2f s  cpu %.2f s  max RSS %.0f MiB\n",
