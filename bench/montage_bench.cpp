@@ -1,21 +1,26 @@
 // Times a montage end to end and phase by phase, each against a baseline measured
-// in the same run:
-//   decode       against nothing (it is the floor): decoding the series' JPEG files
-//   buffers      against a plain copy of the series' decoded bytes
-//   block loop   against a plain copy of the montage's bytes, also with the images
-//                aligned by their marks
-//   writing      against decoding one file of the same size
-//   whole run    (lumiquilt-cli montage ... -o out.jpg, its own process) against
-//                decoding alone
-//   compare and evaluate --all-methods (5 pictures only), each against one montage
-//                run in its own process
+// in the same run, so that a busy machine moves both alike. Every figure is the
+// median of its repeats.
+//   decoding      against decoding the series on one thread, one picture after another
+//   buffers       against a plain copy of the series' samples
+//   block loop    against a plain copy of the montage's bytes
+//   writing       BMP, PNG and JPEG against a plain copy of the montage's bytes,
+//                 GIF against writing the same montage as JPEG
+//   window        Create Image in the window program (offscreen), from the click to
+//                 the painted montage window, against the command-line tool's whole run
+//   whole run     lumiquilt-cli montage ... -o out.bmp, its own process, against
+//                 decoding alone and against djpeg -bmp of the same files one after
+//                 another (when djpeg is installed)
 //
-//   montage_bench [PHOTO] [--quick]
-#include <QCoreApplication>
+//   montage_bench [--quick] [--photo PHOTO] [FIRST...]
+// Without FIRST it makes two series from the photo: 5 pictures of 12 MP, 30 of 2 MP.
+#include <QApplication>
 #include <QDir>
-#include <QGuiApplication>
+#include <QElapsedTimer>
 #include <QImage>
+#include <QPaintEvent>
 #include <QProcess>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <algorithm>
 #include <chrono>
@@ -23,13 +28,15 @@
 #include <cstdio>
 #include <cstring>
 #include <functional>
-#include <sstream>
 #include <vector>
 
 #include "core/program_state.h"
+#include "core/startup.h"
+#include "display/modal_ui.h"
+#include "engine/measures.h"
 #include "engine/montage_run.h"
 #include "output/gif_encoder.h"
-#include "series/image_offsets.h"
+#include "persistence/settings.h"
 #include "series/picture_io.h"
 #include "series/series_decode.h"
 #include "series/series_name.h"
@@ -38,15 +45,25 @@ using namespace lumiquilt;
 
 namespace {
 
+// The median of `repeats` runs of work, in seconds.
 double seconds(const std::function<void()>& work, int repeats) {
-    double best = 1e30;
+    std::vector<double> times;
     for (int r = 0; r < repeats; ++r) {
         const auto start = std::chrono::steady_clock::now();
         work();
         const auto end = std::chrono::steady_clock::now();
-        best = std::min(best, std::chrono::duration<double>(end - start).count());
+        times.push_back(std::chrono::duration<double>(end - start).count());
     }
-    return best;
+    std::sort(times.begin(), times.end());
+    return times[times.size() / 2];
+}
+
+void row(const char* name, double t, double base, const char* baseName) {
+    std::printf("%-40s %9.4f %9.4f %7.2f x %s\n", name, t, base, t / base, baseName);
+}
+
+void heading() {
+    std::printf("%-40s %9s %9s %9s\n", "phase", "seconds", "baseline", "ratio");
 }
 
 // Writes `count` exposures of the photo, scaled to width by height, as JPEG files.
@@ -63,9 +80,9 @@ std::string makeSeries(const QImage& photo, const QString& folder, int count, in
             table[v] = static_cast<uchar>(std::min(255.0, v * gain));
         }
         for (int y = 0; y < exposed.height(); ++y) {
-            uchar* row = exposed.scanLine(y);
+            uchar* line = exposed.scanLine(y);
             for (int x = 0; x < exposed.width() * 3; ++x) {
-                row[x] = table[row[x]];
+                line[x] = table[line[x]];
             }
         }
         exposed.save(folder + "/bench" + QString::number(i + 1) + ".jpg", "JPEG", 90);
@@ -73,19 +90,134 @@ std::string makeSeries(const QImage& photo, const QString& folder, int count, in
     return (folder + "/bench1.jpg").toStdString();
 }
 
-void benchSeries(const QImage& photo, int count, int width, int height, bool quick,
-                 bool evaluations) {
+// The members of a series that exist, as the loading loop would find them.
+std::vector<std::string> membersOf(const SeriesPattern& pattern) {
+    std::vector<std::string> names;
+    for (int k = 1; k <= kMaxImages; ++k) {
+        const std::string name = memberName(pattern, k);
+        if (!QFileInfo::exists(QString::fromStdString(name))) {
+            break;
+        }
+        names.push_back(name);
+    }
+    return names;
+}
+
+// Counts the paints of a widget.
+class PaintCounter : public QObject {
+  public:
+    int paints = 0;
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            ++paints;
+        }
+        return QObject::eventFilter(watched, event);
+    }
+};
+
+// Create Image in the window program, from the click to the painted montage window.
+double windowRun(const std::string& first, int repeats) {
     QTemporaryDir dir;
-    const std::string first = makeSeries(photo, dir.path(), count, width, height);
-    const int repeats = quick ? 1 : 3;
-    std::printf("\n== %d pictures of %d x %d (%.1f MP)\n", count, width, height,
-                width * height / 1e6);
+    ProgramState state;
+    state.appPath = dir.path().toStdString() + "/";
+    ScriptedModalUi ui;
+    Settings settings((dir.path() + "/Lumiquilt.ini").toStdString());
+    StartupHooks hooks;
+    hooks.showSplash = [] {};
+    StartupResult started = startLumiquilt({}, state, ui, settings, QSize(1280, 1024), hooks);
+    FormMontage& form = *started.window;
+    form.activateFirstTime();
+    PaintCounter counter;
+    form.montageWindow()->PictureFile->installEventFilter(&counter);
+    const double t = seconds(
+        [&] {
+            form.textFileName->setText(QString::fromStdString(first));
+            form.TextIncrement->setText("20");
+            counter.paints = 0;
+            form.CommandGo_Click();
+            QElapsedTimer waited;
+            waited.start();
+            while (counter.paints == 0 && waited.elapsed() < 10000) {
+                QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+            }
+        },
+        repeats);
+    if (!ui.messages.empty()) {
+        std::printf("(the window program said: %s)\n", ui.messages.back().text.c_str());
+    }
+    return t;
+}
 
+// The buffers of a series, as a montage of the command-line tool reads them.
+void readSeries(ProgramState& state, const std::string& first) {
     const SeriesPattern pattern = findDigits(first);
-    std::vector<DecodedMember> members;
-    const double decodeOne = seconds([&] { members = decodeSeries(pattern, 1); }, repeats);
-    const double decodeTwo = seconds([&] { members = decodeSeries(pattern, 2); }, repeats);
+    const std::vector<std::string> names = membersOf(pattern);
+    SeriesReader reader(pattern, false, 2);
+    std::vector<PictureView> views;
+    for (int k = 1; k <= static_cast<int>(names.size()); ++k) {
+        reader.load(k, names[static_cast<size_t>(k - 1)]);
+        views.push_back(reader.view(k));
+    }
+    initialiseProgramState(state);
+    state.imageCount = static_cast<int16_t>(names.size());
+    state.imageWidth = static_cast<float>(views[0].width);
+    state.imageHeight = static_cast<float>(views[0].height);
+    state.methodChecked[0] = kTrue;
+    loadPixelBuffers(state, PictureView{}, views[0].width, views[0].height, views, nullptr,
+                     reader.frames());
+}
 
+double blockLoopOnly(const std::string& first, int repeats) {
+    ProgramState state;
+    readSeries(state, first);
+    state.increment = 20;
+    return seconds([&] { runBlockLoop(state, 0, nullptr); }, repeats);
+}
+
+void benchSeries(const std::string& first, bool quick) {
+    const int repeats = quick ? 1 : 5;
+    const SeriesPattern pattern = findDigits(first);
+    const std::vector<std::string> names = membersOf(pattern);
+    const int count = static_cast<int>(names.size());
+    const QImage probe(QString::fromStdString(first));
+    const int width = probe.width();
+    const int height = probe.height();
+    std::printf("\n== %d pictures of %d x %d (%.1f MP), %s\n", count, width, height,
+                width * height / 1e6, first.c_str());
+    heading();
+
+    // Decoding: one picture after another as the loading loop once did, then read
+    // ahead on two threads, keeping the pictures (the window program) or only the
+    // frames (a montage of the command-line tool), the buffers taking them over.
+    std::vector<QImage> pictures;
+    const double decodeOne = seconds(
+        [&] {
+            pictures.clear();
+            for (const std::string& name : names) {
+                pictures.push_back(loadPicture(name));
+            }
+        },
+        repeats);
+    auto readAhead = [&](bool keep) {
+        ProgramState state;
+        SeriesReader reader(pattern, keep, 2);
+        std::vector<PictureView> views;
+        for (int k = 1; k <= count; ++k) {
+            reader.load(k, names[static_cast<size_t>(k - 1)]);
+            views.push_back(reader.view(k));
+        }
+        state.imageCount = static_cast<int16_t>(count);
+        loadPixelBuffers(state, PictureView{}, width, height, views, nullptr, reader.frames());
+    };
+    const double aheadKeeping = seconds([&] { readAhead(true); }, repeats);
+    const double aheadFrames = seconds([&] { readAhead(false); }, repeats);
+    row("decode, 1 thread, one by one", decodeOne, decodeOne, "decode one by one");
+    row("read ahead, 2 threads, into buffers", aheadFrames, decodeOne, "decode one by one");
+    row("  the same keeping the pictures", aheadKeeping, decodeOne, "decode one by one");
+
+    // The buffers read from pictures, as evaluation passes still do.
     ProgramState state;
     initialiseProgramState(state);
     state.imageCount = static_cast<int16_t>(count);
@@ -93,16 +225,19 @@ void benchSeries(const QImage& photo, int count, int width, int height, bool qui
     state.imageHeight = static_cast<float>(height);
     state.methodChecked[0] = kTrue;
     std::vector<PictureView> views;
-    for (const auto& m : members) {
-        views.push_back(viewOf(m.picture));
+    for (const QImage& p : pictures) {
+        views.push_back(viewOf(p));
     }
     const size_t seriesBytes = static_cast<size_t>(width) * height * 3 * count;
     std::vector<uint8_t> copySource(seriesBytes, 1);
-    std::vector<uint8_t> copyTarget(seriesBytes);
+    std::vector<uint8_t> copyTarget(seriesBytes, 2);
     const double copySeries =
         seconds([&] { std::memcpy(copyTarget.data(), copySource.data(), seriesBytes); }, repeats);
     const double buffers = seconds(
         [&] { loadPixelBuffers(state, PictureView{}, width, height, views, nullptr); }, repeats);
+    row("buffers from pictures (mode 0)", buffers, copySeries, "plain copy of the series");
+    pictures.clear();
+    views.clear();
 
     const size_t montageBytes = state.buffers.montageRowBytes() * (state.buffers.montageMaxY + 1);
     std::vector<uint8_t> montageCopy(montageBytes);
@@ -112,62 +247,84 @@ void benchSeries(const QImage& photo, int count, int width, int height, bool qui
     const double plainCopy = seconds(
         [&] { std::memcpy(montageCopy.data(), state.buffers.seriesImage(1), montageBytes); },
         repeats * 3);
-
-    std::printf("%-34s %9s %9s %s\n", "phase", "seconds", "baseline", "ratio");
-    auto row = [](const char* name, double t, double base, const char* baseName) {
-        std::printf("%-34s %9.4f %9.4f %6.2f x %s\n", name, t, base, t / base, baseName);
-    };
-    row("decode, 1 thread", decodeOne, decodeOne, "decode on 1 thread");
-    row("decode, 2 threads", decodeTwo, decodeOne, "decode on 1 thread");
-    row("buffers (mode 0)", buffers, copySeries, "plain copy of the series");
     for (int increment : {1, 20, 200}) {
         if (quick && increment == 1) {
             continue;
         }
         state.increment = static_cast<int16_t>(increment);
         const double loop =
-            seconds([&] { runBlockLoop(state, 0, nullptr); }, increment == 1 ? 1 : repeats);
+            seconds([&] { runBlockLoop(state, 0, nullptr); }, increment == 1 ? 1 : repeats * 3);
         char name[64];
         std::snprintf(name, sizeof name, "block loop, increment %d", increment);
         row(name, loop, plainCopy, "plain copy of the montage");
     }
-    // The same loop on a bracket aligned by its marks: every other image stands 7 right
-    // and 5 down of the first, cut to the minimum area that all of them share.
-    {
-        ProgramState shifted;
-        initialiseProgramState(shifted);
-        shifted.imageCount = state.imageCount;
-        shifted.imageWidth = state.imageWidth;
-        shifted.imageHeight = state.imageHeight;
-        shifted.methodChecked = state.methodChecked;
-        shifted.increment = 20;
-        collectTargetCentres(shifted, [](int k) {
-            return k % 2 == 0 ? MarkCentre{20.0, 18.0} : MarkCentre{13.0, 13.0};
-        });
-        const OffsetStep step = applyOffsetMode(
-            shifted, OffsetMode::minimum, static_cast<float>(width), static_cast<float>(height));
-        loadPixelBuffers(shifted, PictureView{}, static_cast<int>(shifted.imageWidth),
-                         static_cast<int>(shifted.imageHeight), views, nullptr);
-        const double loop =
-            seconds([&] { runBlockLoop(shifted, step.rowShift, nullptr); }, repeats);
-        row("block loop, increment 20, offsets", loop, plainCopy, "plain copy of the montage");
-    }
-    QImage montage;
-    const double toPicture = seconds(
+    // Where the block loop's time goes: the measures alone, one per image and block.
+    state.increment = 20;
+    const double measuresOnly = seconds(
         [&] {
-            montage =
-                pictureFromFrame(state.buffers.montageSlot(100), state.buffers.montageMaxX + 1,
-                                 state.buffers.montageMaxY + 1, width, height);
+            const MeasureContext measures(state);
+            float sum = 0;
+            for (int y0 = 0; y0 <= height; y0 += 20) {
+                for (int x0 = 0; x0 <= width - 1; x0 += 20) {
+                    for (int k = 1; k <= count; ++k) {
+                        int16_t sx = 0;
+                        int16_t sy = 0;
+                        bool written = false;
+                        sum += measures.measure(static_cast<int16_t>(x0), static_cast<int16_t>(y0),
+                                                static_cast<int16_t>(k), sx, sy, written);
+                    }
+                }
+            }
+            if (sum == 1.5f) {
+                std::printf(" ");
+            }
+        },
+        repeats * 3);
+    row("  of which the measures, increment 20", measuresOnly, plainCopy,
+        "plain copy of the montage");
+
+    // Writing the montage, as the command-line tool does and as it did before.
+    QTemporaryDir out;
+    const int w = width;
+    const int h = height;
+    auto target = [&out](const char* name) { return (out.path() + "/" + name).toStdString(); };
+    QImage painted;
+    const double toPicture = seconds([&] { painted = paintMontage(state.buffers, w, h); }, repeats);
+    row("montage to picture (window)", toPicture, plainCopy, "plain copy of the montage");
+    const double bmp = seconds([&] { saveMontage(state.buffers, w, h, target("m.bmp")); }, repeats);
+    const double bmpBefore = seconds(
+        [&] {
+            paintMontage(state.buffers, w, h).save(QString::fromStdString(target("q.bmp")), "BMP");
         },
         repeats);
-    row("montage to picture", toPicture, plainCopy, "plain copy of the montage");
-    const std::string out = (dir.path() + "/out.jpg").toStdString();
-    const double writing = seconds([&] { savePicture(montage, out); }, repeats);
-    row("writing JPEG", writing, decodeOne / count, "decoding one file");
+    const double jpeg =
+        seconds([&] { saveMontage(state.buffers, w, h, target("m.jpg")); }, repeats);
+    const double jpegBefore = seconds(
+        [&] {
+            paintMontage(state.buffers, w, h)
+                .save(QString::fromStdString(target("q.jpg")), "JPEG", 90);
+        },
+        repeats);
+    const int slowRepeats = quick ? 1 : 3;
+    const double png =
+        seconds([&] { saveMontage(state.buffers, w, h, target("m.png")); }, slowRepeats);
+    const double pngBefore = seconds(
+        [&] { paintMontage(state.buffers, w, h).save(QString::fromStdString(target("q.png"))); },
+        slowRepeats);
+    row("writing BMP", bmp, plainCopy, "plain copy of the montage");
+    row("  BMP as before (picture, Qt's writer)", bmpBefore, plainCopy,
+        "plain copy of the montage");
+    row("writing JPEG", jpeg, plainCopy, "plain copy of the montage");
+    row("  JPEG as before", jpegBefore, plainCopy, "plain copy of the montage");
+    row("writing PNG", png, plainCopy, "plain copy of the montage");
+    row("  PNG as before", pngBefore, plainCopy, "plain copy of the montage");
 
-    // The GIF encoder, stage by stage, against writing the same picture as JPEG.
+    // The GIF encoder, stage by stage, against writing the same montage as JPEG.
+    const PictureView montageView =
+        frameAsPicture(state.buffers.montageSlot(100), state.buffers.montageMaxX + 1,
+                       state.buffers.montageMaxY + 1, w, h);
     IndexedPicture indexed;
-    const double mapping = seconds([&] { indexed = mapToHalftone(viewOf(montage)); }, repeats);
+    const double mapping = seconds([&] { indexed = mapToHalftone(montageView); }, repeats);
     std::string gifBytes;
     const double lzw = seconds(
         [&] {
@@ -179,77 +336,89 @@ void benchSeries(const QImage& photo, int count, int width, int height, bool qui
             });
         },
         repeats);
-    const double gifFile = seconds(
+    const double gifFile =
+        seconds([&] { saveMontage(state.buffers, w, h, target("m.gif")); }, repeats);
+    row("GIF palette mapping", mapping, jpeg, "writing JPEG");
+    row("GIF LZW and packing", lzw, jpeg, "writing JPEG");
+    row("writing GIF, whole", gifFile, jpeg, "writing JPEG");
+    state.buffers = PixelBuffers{};
+
+    // The real programs, each run in turn with its baseline.
+    const QString cli = QCoreApplication::applicationDirPath() + "/lumiquilt-cli";
+    const QString bmpOut = out.path() + "/cli.bmp";
+    const double whole = seconds(
         [&] {
-            GIF gif;
-            gif.SaveGIF(mapToHalftone(viewOf(montage)), (dir.path() + "/out.gif").toStdString());
+            QProcess process;
+            process.start(cli, {"montage", QString::fromStdString(first), "-o", bmpOut});
+            process.waitForFinished(-1);
         },
         repeats);
-    row("GIF palette mapping", mapping, writing, "writing JPEG");
-    row("GIF LZW and packing", lzw, writing, "writing JPEG");
-    row("GIF file, whole", gifFile, writing, "writing JPEG");
-
-    // The whole run is the real program in a process of its own, start-up included,
-    // once writing the montage as JPEG and once making it only.
-    const QString cli = QCoreApplication::applicationDirPath() + "/lumiquilt-cli";
-    auto wholeRun = [&](const QStringList& extra) {
-        return seconds(
+    const double window = windowRun(first, quick ? 1 : 3);
+    row("window program, click to painted montage", window, whole, "whole cli run");
+    row("whole cli run with -o out.bmp", whole, decodeOne, "decode one by one");
+    const QString djpeg = QStandardPaths::findExecutable("djpeg");
+    if (!djpeg.isEmpty()) {
+        const double djpegAll = seconds(
             [&] {
-                QProcess process;
-                process.start(
-                    cli, QStringList{"montage", QString::fromStdString(first), "-i", "20"} + extra);
-                process.waitForFinished(-1);
+                for (const std::string& name : names) {
+                    QProcess process;
+                    process.setStandardOutputFile(out.path() + "/djpeg.bmp");
+                    process.start(djpeg, {"-bmp", QString::fromStdString(name)});
+                    process.waitForFinished(-1);
+                }
             },
             repeats);
-    };
-    const double whole = wholeRun({"-o", QString::fromStdString(out)});
-    const double bare = wholeRun({});
-    row("whole cli run with -o out.jpg", whole, decodeOne, "decode alone, 1 thread");
-    row("whole cli run with -o out.jpg", whole, decodeTwo, "decode alone, 2 threads");
-    row("whole cli run, no output", bare, decodeOne, "decode alone, 1 thread");
-    row("whole cli run, no output", bare, decodeTwo, "decode alone, 2 threads");
-
-    if (!evaluations) {
-        return;
+        row("whole cli run with -o out.bmp", whole, djpegAll, "djpeg -bmp, one after another");
     }
-    // The passes decode the series once: seven block loops and scores should cost
-    // little beside it, and even 140 runs only a few montages' worth.
-    auto commandRun = [&](const QStringList& command, int times) {
-        return seconds(
-            [&] {
-                QProcess process;
-                process.start(cli, command + QStringList{QString::fromStdString(first)});
-                process.waitForFinished(-1);
-            },
-            times);
-    };
-    const double montageRun = commandRun({"montage"}, repeats);
-    const double compare = commandRun({"compare"}, repeats);
-    const double evaluateAll = commandRun({"evaluate", "--all-methods"}, 1);
-    row("cli compare", compare, montageRun, "one cli montage run (target 2 x)");
-    row("cli evaluate --all-methods", evaluateAll, montageRun, "one cli montage run (target 6 x)");
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    QGuiApplication app(argc, argv);
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QApplication app(argc, argv);
     configurePictureReading();
     QString photoName = QString(LUMIQUILT_SOURCE_DIR) + "/samples/source/coffee.png";
     bool quick = false;
+    std::vector<std::string> series;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--quick") == 0) {
             quick = true;
+        } else if (std::strcmp(argv[i], "--window-only") == 0 && i + 1 < argc) {
+            // For a profiler: the window program's run alone.
+            const std::string first =
+                QFileInfo(QString::fromLocal8Bit(argv[++i])).absoluteFilePath().toStdString();
+            std::printf("window program, click to painted montage: %.4f s\n", windowRun(first, 3));
+            return 0;
+        } else if (std::strcmp(argv[i], "--block-loop-only") == 0 && i + 1 < argc) {
+            // For a profiler: the block loop at increment 20, fifty times over.
+            const std::string first =
+                QFileInfo(QString::fromLocal8Bit(argv[++i])).absoluteFilePath().toStdString();
+            std::printf("block loop, increment 20: %.4f s\n", blockLoopOnly(first, 50));
+            return 0;
+        } else if (std::strcmp(argv[i], "--photo") == 0 && i + 1 < argc) {
+            photoName = QString::fromLocal8Bit(argv[++i]);
         } else {
-            photoName = QString::fromLocal8Bit(argv[i]);
+            series.push_back(
+                QFileInfo(QString::fromLocal8Bit(argv[i])).absoluteFilePath().toStdString());
         }
     }
-    const QImage photo(photoName);
-    if (photo.isNull()) {
-        std::fprintf(stderr, "montage_bench: cannot read %s\n", qPrintable(photoName));
-        return 1;
+    QTemporaryDir made;
+    if (series.empty()) {
+        const QImage photo(photoName);
+        if (photo.isNull()) {
+            std::fprintf(stderr, "montage_bench: cannot read %s\n", qPrintable(photoName));
+            return 1;
+        }
+        QDir(made.path()).mkpath("large");
+        QDir(made.path()).mkpath("small");
+        series.push_back(makeSeries(photo, made.path() + "/large", 5, 4000, 3000));
+        series.push_back(makeSeries(photo, made.path() + "/small", 30, 1632, 1224));
     }
-    benchSeries(photo, 5, 4000, 3000, quick, true);
-    benchSeries(photo, 30, 1632, 1224, quick, false);
+    for (const std::string& first : series) {
+        benchSeries(first, quick);
+    }
     return 0;
 }

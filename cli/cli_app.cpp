@@ -7,14 +7,15 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <memory>
 #include <optional>
 #include <ostream>
 
 #include "core/files.h"
 #include "core/numbers.h"
 #include "core/runtime_error.h"
-#include "core/version.h"
 #include "core/text.h"
+#include "core/version.h"
 #include "engine/create_image.h"
 #include "engine/evaluate_image.h"
 #include "engine/measures.h"
@@ -242,21 +243,21 @@ class CliFront : public CreateImageFront {
     }
 
     void seriesFound(const SeriesPattern& pattern) override {
-        m_pictures.clear();
-        // The passes load the same series again and again: decode it once, and again
-        // only when one of its files has changed.
-        if (!sameFilesAsDecoded(pattern)) {
-            progress("decoding the series");
-            m_members = decodeSeries(pattern, 2);
-            m_decodedStamps = stampsOf(pattern, m_members.size());
+        progress("decoding the series");
+        m_reader.reset();
+        // A single montage reads its pictures once: they need not outlive their frames.
+        m_reader = std::make_unique<SeriesReader>(pattern, m_options.command != "montage", 2);
+    }
+    void loadMember(int k, const std::string& fileName) override {
+        if (!m_reader) {
+            throw RuntimeError(kFileNotFound);
         }
-        m_loader = loaderFor(m_members, m_pictures);
+        m_reader->load(k, fileName);
     }
-    void loadMember(int k, const std::string& fileName) override { m_loader(k, fileName); }
     PictureView memberPicture(int k) override {
-        const size_t i = static_cast<size_t>(k - 1);
-        return i < m_pictures.size() ? viewOf(m_pictures[i]) : PictureView{};
+        return m_reader ? m_reader->view(k) : PictureView{};
     }
+    SeriesFrames* seriesFrames() override { return m_reader ? m_reader->frames() : nullptr; }
     void startPreview() override {
         if (!m_passes) {
             progress("building the montage");
@@ -265,13 +266,8 @@ class CliFront : public CreateImageFront {
     }
     void seriesRead() override {
         // A single montage never reads its pictures again: the memory is the output's.
-        // The passes of compare and evaluate read them once for each montage.
         if (m_options.command == "montage") {
-            m_members.clear();
-            m_members.shrink_to_fit();
-            m_decodedStamps.clear();
-            m_pictures.clear();
-            m_pictures.shrink_to_fit();
+            m_reader.reset();
         }
     }
     void previewRow(int16_t /*y0*/) override {
@@ -306,53 +302,15 @@ class CliFront : public CreateImageFront {
         }
     }
 
-    // What tells a file that has changed since it was decoded.
-    struct FileStamp {
-        std::string name;
-        bool exists = false;
-        std::uintmax_t size = 0;
-        std::filesystem::file_time_type written;
-        bool operator==(const FileStamp&) const = default;
-    };
-    static FileStamp stampOf(const std::string& name) {
-        FileStamp stamp{name, false, 0, {}};
-        std::error_code error;
-        const auto status = std::filesystem::status(name, error);
-        if (!error && std::filesystem::is_regular_file(status)) {
-            stamp.exists = true;
-            stamp.size = std::filesystem::file_size(name, error);
-            stamp.written = std::filesystem::last_write_time(name, error);
-        }
-        return stamp;
-    }
-    // The members decoded and the name after the last, which must stay missing.
-    static std::vector<FileStamp> stampsOf(const SeriesPattern& pattern, std::size_t members) {
-        std::vector<FileStamp> stamps;
-        for (std::size_t k = 1; k <= members + 1; ++k) {
-            try {
-                stamps.push_back(stampOf(memberName(pattern, static_cast<int>(k))));
-            } catch (const RuntimeError&) {
-                break;  // no number beyond 16 bits: nothing more can join the series
-            }
-        }
-        return stamps;
-    }
-    bool sameFilesAsDecoded(const SeriesPattern& pattern) const {
-        return !m_decodedStamps.empty() && stampsOf(pattern, m_members.size()) == m_decodedStamps;
-    }
-
     const Options& m_options;
     const ProgramState& m_state;
     int m_method;
     bool m_passes = false;
-    std::vector<FileStamp> m_decodedStamps;
     std::string m_incrementText;
     std::string m_fileName;
     std::ostream& m_err;
     bool m_progress;
-    std::vector<DecodedMember> m_members;
-    std::vector<QImage> m_pictures;
-    MemberLoader m_loader;
+    std::unique_ptr<SeriesReader> m_reader;
     int m_row = 0;
 };
 
@@ -485,16 +443,9 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
         }
         if (!options.output.empty()) {
             try {
-                const std::string target = absoluteIn(currentFolder, options.output);
-                const QImage montage =
-                    paintMontage(state.buffers, static_cast<int>(state.imageWidth),
-                                 static_cast<int>(state.imageHeight));
-                if (toLowerUtf8(target).ends_with(".gif")) {
-                    GIF gif;
-                    gif.SaveGIF(mapToHalftone(viewOf(montage)), target);
-                } else {
-                    savePicture(montage, target);
-                }
+                saveMontage(state.buffers, static_cast<int>(state.imageWidth),
+                            static_cast<int>(state.imageHeight),
+                            absoluteIn(currentFolder, options.output));
             } catch (const RuntimeError& error) {
                 throw RunStopped{"cannot write " + options.output + ": " + error.description()};
             }

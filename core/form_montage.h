@@ -190,6 +190,8 @@ class FormMontage : public QMainWindow {
                             const char* routine);
     /// Loads series member k into its window, with its caption, and yields once.
     void loadSeriesMember(int k, const std::string& fileName);
+    /// The same with the member's picture already decoded.
+    void loadSeriesMember(int k, const std::string& fileName, QImage picture);
     /// Shows images 1 to imageCount in a cascade down the left of the screen.
     void placePictureWindows();
     /// Hides the windows of the last run or load; the ignore entries go too.

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFontMetrics>
 #include <cmath>
+#include <memory>
 
 #include "engine/command_go.h"
 
@@ -12,6 +13,7 @@
 #include "engine/create_image.h"
 #include "engine/form_preview.h"
 #include "series/picture_io.h"
+#include "series/series_decode.h"
 
 namespace lumiquilt {
 
@@ -60,12 +62,25 @@ class CreateImageWindows : public CreateImageFront {
         f.ui().messageBox(text, title, icon);
     }
 
+    // Both cores read the series ahead; each window gets the very picture decoded,
+    // shared, not a copy.
+    void seriesFound(const SeriesPattern& pattern) override {
+        m_reader.reset();
+        m_reader = std::make_unique<SeriesReader>(pattern, true, 2);
+    }
     void loadMember(int k, const std::string& fileName) override {
-        f.loadSeriesMember(k, fileName);
+        if (!m_reader) {
+            f.loadSeriesMember(k, fileName);
+            return;
+        }
+        m_reader->load(k, fileName);
+        f.loadSeriesMember(k, fileName, m_reader->picture(k));
     }
     PictureView memberPicture(int k) override {
         return viewOf(f.pictureWindow(k)->PictureFile->picture());
     }
+    SeriesFrames* seriesFrames() override { return m_reader ? m_reader->frames() : nullptr; }
+    void seriesRead() override { m_reader.reset(); }
 
     void setBusy(bool busy) override {
         if (busy && !m_busy) {
@@ -142,6 +157,7 @@ class CreateImageWindows : public CreateImageFront {
     FormMontage& f;
     ProgramState& s;
     bool m_busy = false;
+    std::unique_ptr<SeriesReader> m_reader;
 };
 
 namespace {

@@ -74,6 +74,7 @@ class Run {
             m_front.clearUsedCaption();
         } else {
             loadSeries();
+            m_loadedSeries = true;
             m_stage = kStageArrange;
             const PictureView first = m_front.memberPicture(1);
             s.imageWidth = static_cast<float>(first.width);
@@ -210,10 +211,15 @@ class Run {
         for (int k = 1; k <= s.imageCount; ++k) {
             images.push_back(m_front.memberPicture(k));
         }
-        loadPixelBuffers(s, m_front.montagePicture(), static_cast<int>(s.imageWidth),
-                         static_cast<int>(s.imageHeight), images, [this](const std::string& text) {
-                             m_front.message(text, kDimensionTitle, MessageIcon::critical);
-                         });
+        // Only a run that loaded the series has it read ahead.
+        SeriesFrames* readAhead = m_loadedSeries ? m_front.seriesFrames() : nullptr;
+        loadPixelBuffers(
+            s, m_front.montagePicture(), static_cast<int>(s.imageWidth),
+            static_cast<int>(s.imageHeight), images,
+            [this](const std::string& text) {
+                m_front.message(text, kDimensionTitle, MessageIcon::critical);
+            },
+            readAhead);
     }
 
     void report() {
@@ -246,6 +252,7 @@ class Run {
     CreateImageFront& m_front;
     int m_stage = kStageIncrementCheck;
     RunEnd m_end = RunEnd::completed;
+    bool m_loadedSeries = false;
 };
 
 }  // namespace

@@ -53,8 +53,13 @@ class CreateImageFront {
     /// it is missing, 481 when it is no picture. The picture stays available to
     /// memberPicture until the next run loads another.
     virtual void loadMember(int k, const std::string& fileName) = 0;
-    /// Member k as loaded; it must outlive the buffers' read of it.
+    /// Member k as loaded; it must outlive the buffers' read of it. A member that
+    /// stands in seriesFrames() may come without its samples (null bits).
     virtual PictureView memberPicture(int k) = 0;
+    /// The members of this run's loading loop, read ahead into their places in a
+    /// series buffer, or null. The buffers take them over instead of reading the
+    /// pictures again; the front end lets go of them then.
+    virtual SeriesFrames* seriesFrames() { return nullptr; }
 
     /// The hourglass, from the start of a run to its end.
     virtual void setBusy(bool /*busy*/) {}

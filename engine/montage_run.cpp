@@ -26,7 +26,7 @@ int16_t incrementFromText(const std::string& text) {
 
 void loadPixelBuffers(ProgramState& state, const PictureView& montage, int montageWidth,
                       int montageHeight, const std::vector<PictureView>& images,
-                      const DimensionMessageFn& showDimensionMessage) {
+                      const DimensionMessageFn& showDimensionMessage, SeriesFrames* readAhead) {
     PixelBuffers& b = state.buffers;
     b.sizeMontage(montageWidth, montageHeight);
     readPictureIntoFrame(montage, b.montageSlot(PixelBuffers::kFirstMontageSlot), b.montageMaxX + 1,
@@ -57,12 +57,27 @@ void loadPixelBuffers(ProgramState& state, const PictureView& montage, int monta
             b.seriesRowBytes() * static_cast<std::size_t>(b.seriesMaxY + 1) * count) {
         return;
     }
+    if (readAhead != nullptr) {
+        bool holdsAll = readAhead->capacity >= count;
+        for (int k = 1; k <= count && holdsAll; ++k) {
+            holdsAll = readAhead->holds(k, first.width, first.height);
+        }
+        if (holdsAll) {
+            b.adoptSeries(std::move(readAhead->pixels), first.width, first.height, count);
+            *readAhead = SeriesFrames{};
+            return;
+        }
+    }
     b.sizeSeries(first.width, first.height, count);
     // Each image fills its own part of the buffer, so two cores can share them.
     auto readEvery = [&](int start, int step) {
         for (int k = start; k <= count; k += step) {
-            readPictureIntoFrame(images[static_cast<std::size_t>(k - 1)], b.seriesImage(k),
-                                 b.seriesMaxX + 1, b.seriesMaxY + 1);
+            if (readAhead != nullptr && readAhead->holds(k, first.width, first.height)) {
+                std::memcpy(b.seriesImage(k), readAhead->frame(k), readAhead->frameBytes());
+            } else {
+                readPictureIntoFrame(images[static_cast<std::size_t>(k - 1)], b.seriesImage(k),
+                                     b.seriesMaxX + 1, b.seriesMaxY + 1);
+            }
         }
     };
     constexpr std::size_t kWorthASecondThread = 8u << 20;

@@ -47,10 +47,13 @@ using DimensionMessageFn = std::function<void(const std::string& text)>;
 /// Loads everything (mode 0): sizes montagePixels to montageWidth by montageHeight
 /// and reads the montage picture (blank when its bits are null) into slot 100;
 /// checks the sizes; sizes seriesPixels to image 1's frame and reads every image.
-/// images[k - 1] is image k.
+/// images[k - 1] is image k. Frames read ahead (when given) stand in for the
+/// pictures they hold: taken over whole when they hold every image, copied frame by
+/// frame otherwise; the result is the same samples either way.
 void loadPixelBuffers(ProgramState& state, const PictureView& montage, int montageWidth,
                       int montageHeight, const std::vector<PictureView>& images,
-                      const DimensionMessageFn& showDimensionMessage);
+                      const DimensionMessageFn& showDimensionMessage,
+                      SeriesFrames* readAhead = nullptr);
 
 /// Reloads the method windows' pictures into slots 100 to 106 (mode 1).
 void loadMethodPixelBuffers(ProgramState& state, const std::vector<PictureView>& methodPictures);

@@ -1,5 +1,6 @@
 #include "output/gif_encoder.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -36,17 +37,22 @@ std::array<uint8_t, 256> nearestLevel() {
 }
 
 // The dictionary of one row as a trie: the code of a string and one more pixel
-// give the code of the longer string. A generation stamp empties it in no time.
+// give the code of the longer string. A generation stamp empties it in no time; the
+// table is wiped for real only when the stamp runs out, so that a slot of four bytes
+// keeps the whole table in a core's cache.
 class Dictionary {
   public:
     void clear() {
-        ++m_generation;
+        if (++m_generation == 0) {
+            std::fill(m_slots.begin(), m_slots.end(), Slot{});
+            m_generation = 1;
+        }
         m_entries = 0;
     }
     int entries() const { return m_entries; }
     // The code of (string with code `prefix`) + pixel, or -1.
     int find(int prefix, uint8_t pixel) const {
-        const Slot& s = m_slots[static_cast<size_t>(prefix) * 256 + pixel];
+        const Slot& s = m_slots[slotOf(prefix, pixel)];
         return s.generation == m_generation ? s.code : -1;
     }
     // Counts an entry; a string of one pixel is counted but can never be looked up.
@@ -54,7 +60,7 @@ class Dictionary {
         const int code = kFirstFreeCode + m_entries;
         ++m_entries;
         if (prefix >= 0) {
-            Slot& s = m_slots[static_cast<size_t>(prefix) * 256 + pixel];
+            Slot& s = m_slots[slotOf(prefix, pixel)];
             s.generation = m_generation;
             s.code = static_cast<uint16_t>(code);
         }
@@ -62,52 +68,65 @@ class Dictionary {
 
   private:
     struct Slot {
-        uint32_t generation = 0;
+        uint16_t generation = 0;
         uint16_t code = 0;
     };
     // Prefix codes are pixels (0 to 255) or entries (258 to 510).
+    static std::size_t slotOf(int prefix, uint8_t pixel) {
+        return static_cast<std::size_t>(prefix) * 256 + pixel;
+    }
     std::vector<Slot> m_slots = std::vector<Slot>(512 * 256);
-    uint32_t m_generation = 1;
+    uint16_t m_generation = 1;
     int m_entries = 0;
 };
 
 }  // namespace
 
-// Packs codes least significant bit first into sub-blocks of at most 255 bytes.
+// Packs codes least significant bit first into sub-blocks of at most 255 bytes,
+// whole bytes at a time.
 class GIF::BitPacker {
   public:
     explicit BitPacker(const ByteSink& sink) : m_sink(sink) {}
 
     void writeBits(int code, int bitCount) {
-        for (int i = 0; i < bitCount; ++i) {
-            if (m_bitPosition == 8) {
-                if (m_block[0] == 255) {
-                    flush(256);
-                    m_block[0] = 1;
-                } else {
-                    ++m_block[0];
-                }
-                m_block[m_block[0]] = 0;
-                m_bitPosition = 0;
-            }
-            if ((code >> i) & 1) {
-                m_block[m_block[0]] |= static_cast<uint8_t>(1u << m_bitPosition);
-            }
-            ++m_bitPosition;
+        m_bits |= (static_cast<uint64_t>(code) & ((uint64_t{1} << bitCount) - 1)) << m_bitCount;
+        m_bitCount += bitCount;
+        while (m_bitCount >= 8) {
+            putByte(static_cast<uint8_t>(m_bits & 0xFF));
+            m_bits >>= 8;
+            m_bitCount -= 8;
         }
     }
 
-    // The last block: its count byte and data, however few.
-    void finish() { flush(static_cast<size_t>(m_block[0]) + 1); }
+    // The last block: its count byte and data, however few, the last byte partly
+    // filled.
+    void finish() {
+        if (m_bitCount > 0) {
+            putByte(static_cast<uint8_t>(m_bits & 0xFF));
+            m_bits = 0;
+            m_bitCount = 0;
+        }
+        flush(static_cast<size_t>(m_block[0]) + 1);
+    }
 
     bool ok() const { return m_ok; }
 
   private:
+    // A full block goes out only when the next byte needs room.
+    void putByte(uint8_t byte) {
+        if (m_block[0] == 255) {
+            flush(256);
+            m_block[0] = 0;
+        }
+        m_block[++m_block[0]] = byte;
+    }
+
     void flush(size_t bytes) { m_ok = m_ok && m_sink(m_block.data(), bytes); }
 
     const ByteSink& m_sink;
     std::array<uint8_t, 256> m_block{};
-    int m_bitPosition = 8;
+    uint64_t m_bits = 0;
+    int m_bitCount = 0;
     bool m_ok = true;
 };
 

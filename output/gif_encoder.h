@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "output/byte_sink.h"
 #include "series/pixel_buffers.h"
 
 namespace lumiquilt {
@@ -26,9 +27,6 @@ std::array<uint8_t, 768> halftonePalette();
 /// grid, the nearest colour is the nearest level of each channel on its own; a value
 /// exactly between two levels (32, 96, 160) goes to the lower one.
 IndexedPicture mapToHalftone(const PictureView& picture);
-
-/// Receives the encoder's bytes; returns false when they could not be taken.
-using ByteSink = std::function<bool(const uint8_t* bytes, std::size_t count)>;
 
 /// Writes GIF files with fixed 9-bit LZW codes: the dictionary starts afresh at every
 /// row and holds at most 253 entries, so codes never need 10 bits.

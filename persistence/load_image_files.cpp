@@ -22,8 +22,11 @@ std::string textOf(const QLineEdit* field) {
 }  // namespace
 
 void FormMontage::loadSeriesMember(int k, const std::string& fileName) {
+    loadSeriesMember(k, fileName, loadPicture(fileName));
+}
+
+void FormMontage::loadSeriesMember(int k, const std::string& fileName, QImage picture) {
     FormPicture* window = pictureWindow(k);
-    QImage picture = loadPicture(fileName);
     window->PictureFile->setDisplayScale(
         screenDisplayScale(m_state, picture.width(), picture.height()));
     window->PictureFile->setPicture(std::move(picture));

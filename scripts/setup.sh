@@ -8,7 +8,8 @@ build="${1:-$root/build}"
 shift || true
 
 packages=(cmake ninja-build g++ qt6-base-dev libgl-dev libgtest-dev xvfb xauth fonts-dejavu-core
-          imagemagick desktop-file-utils appstream libglib2.0-bin man-db)
+          imagemagick desktop-file-utils appstream libglib2.0-bin man-db
+          libjpeg-turbo-progs)
 # The fuzz programs (scripts/fuzz.sh) need clang and its libFuzzer; nothing else does.
 fuzz=0
 for arg in "$@"; do

@@ -6,10 +6,15 @@
 #include <QImageReader>
 #include <QImageWriter>
 #include <QSaveFile>
+#include <algorithm>
+#include <functional>
+#include <memory>
 
 #include "core/files.h"
 #include "core/runtime_error.h"
 #include "core/text.h"
+#include "output/bmp_writer.h"
+#include "output/gif_encoder.h"
 
 namespace lumiquilt {
 
@@ -35,17 +40,64 @@ void configurePictureReading() {
     QImageReader::setAllocationLimit(2048);
 }
 
-QImage loadPicture(const std::string& fileName) {
+namespace {
+
+bool isThirtyTwoBit(QImage::Format format) {
+    return format == QImage::Format_RGB32 || format == QImage::Format_ARGB32 ||
+           format == QImage::Format_ARGB32_Premultiplied;
+}
+
+// A blank picture in memory of the program's own, which a buffer owns: zero-filled
+// and, when large, in big pages, so that its first filling costs a fault every 2 MiB
+// rather than every 4 KiB. Null when there is no room.
+QImage ownedPicture(int width, int height, QImage::Format format, std::size_t bytesPerLine) {
+    auto samples = std::make_unique<SampleBuffer>();
+    try {
+        samples->allocateZeroed(bytesPerLine * static_cast<std::size_t>(height));
+    } catch (const RuntimeError&) {
+        return {};
+    }
+    uint8_t* bits = samples->data();
+    return QImage(
+        bits, width, height, static_cast<qsizetype>(bytesPerLine), format,
+        [](void* owner) { delete static_cast<SampleBuffer*>(owner); }, samples.release());
+}
+
+// Qt's decoders write into the picture they are given when it has the size and
+// format they would make; otherwise they make their own. A decoder given memory
+// that holds an older picture must write every row, as the JPEG decoder does even
+// for a cut file: the BMP reader leaves the rows it never reached as it found them.
+QImage decodePicture(const std::string& fileName, SampleBuffer* scratch) {
     if (!fileExists(fileName)) {
         throw RuntimeError(kFileNotFound);
     }
     QImageReader reader(QString::fromStdString(fileName));
     reader.setDecideFormatFromContent(true);
     QImage image;
-    // A decoder that meets the end of a short file (a BMP above all) stops and calls
-    // the picture good, its missing rows left as the memory was found. A picture
-    // made black beforehand, which the decoder fills in place, keeps them black.
-    if (QImageIOHandler::allocateImage(reader.size(), reader.imageFormat(), &image)) {
+    const QSize size = reader.size();
+    const QImage::Format format = reader.imageFormat();
+    const std::size_t rowBytes = 4u * static_cast<std::size_t>(std::max(size.width(), 0));
+    const std::size_t bytes = rowBytes * static_cast<std::size_t>(std::max(size.height(), 0));
+    // A picture the decoder would refuse for its size is left to refuse it.
+    const auto limit = static_cast<std::size_t>(QImageReader::allocationLimit()) << 20;
+    if (isThirtyTwoBit(format) && bytes > 0 && size.width() <= 32767 && size.height() <= 32767 &&
+        (limit == 0 || bytes <= limit)) {
+        if (scratch != nullptr && reader.format() == "jpeg") {
+            try {
+                if (scratch->size() < bytes) {
+                    scratch->allocateZeroed(bytes);
+                }
+                image = QImage(scratch->data(), size.width(), size.height(),
+                               static_cast<qsizetype>(rowBytes), format);
+            } catch (const RuntimeError&) {
+                // Without room for a scratch the decoder finds its own memory, or fails.
+            }
+        } else {
+            image = ownedPicture(size.width(), size.height(), format, rowBytes);
+        }
+    } else if (QImageIOHandler::allocateImage(size, format, &image)) {
+        // A decoder that meets the end of a short file (a BMP above all) stops and calls
+        // the picture good, its missing rows left as the memory was found: black here.
         image.fill(0);
     }
     if (!reader.read(&image)) {
@@ -67,6 +119,16 @@ QImage loadPicture(const std::string& fileName) {
         }
     }
     return image;
+}
+
+}  // namespace
+
+QImage loadPicture(const std::string& fileName) {
+    return decodePicture(fileName, nullptr);
+}
+
+QImage loadPictureInto(const std::string& fileName, SampleBuffer& scratch) {
+    return decodePicture(fileName, &scratch);
 }
 
 PictureView viewOf(const QImage& image) {
@@ -97,7 +159,12 @@ PictureView viewOf(const QImage& image) {
 
 QImage pictureFromFrame(const uint8_t* frame, int frameWidth, int frameHeight, int width,
                         int height) {
-    QImage image(width, height, QImage::Format_BGR888);
+    // Rows of whole 32-bit words, as Qt lays out a picture of its own.
+    const std::size_t rowBytes =
+        ((static_cast<std::size_t>(std::max(width, 0)) * 24 + 31) / 32) * 4;
+    QImage image = width > 0 && height > 0
+                       ? ownedPicture(width, height, QImage::Format_BGR888, rowBytes)
+                       : QImage();
     if (image.isNull()) {
         throw RuntimeError(kOutOfMemory);
     }
@@ -116,22 +183,36 @@ QImage paintPreview(const PixelBuffers& buffers, int width, int height) {
                             buffers.previewMaxY + 1, width, height);
 }
 
-void savePicture(const QImage& image, const std::string& fileName, const char* forced) {
-    constexpr int kJpegQuality = 90;
-    const QString name = QString::fromStdString(fileName);
-    const std::string suffix = toLowerUtf8(QFileInfo(name).suffix().toStdString());
-    QByteArray format;
+namespace {
+
+// Qt's writer of each format, and the quality of JPEG files.
+QByteArray formatOf(const std::string& fileName, const char* forced) {
     if (forced != nullptr) {
-        format = forced;
-    } else if (suffix == "bmp") {
-        format = "BMP";
-    } else if (suffix == "png") {
-        format = "PNG";
-    } else if (suffix == "jpg" || suffix == "jpeg") {
-        format = "JPEG";
-    } else {
-        throw RuntimeError(kInvalidProcedureCall, "Unknown picture format ." + suffix);
+        return forced;
     }
+    const std::string suffix =
+        toLowerUtf8(QFileInfo(QString::fromStdString(fileName)).suffix().toStdString());
+    if (suffix == "bmp") {
+        return "BMP";
+    }
+    if (suffix == "png") {
+        return "PNG";
+    }
+    if (suffix == "jpg" || suffix == "jpeg") {
+        return "JPEG";
+    }
+    throw RuntimeError(kInvalidProcedureCall, "Unknown picture format ." + suffix);
+}
+
+constexpr int kJpegQuality = 90;
+
+// How writing into the temporary file went.
+enum class Written { done, deviceFailed, failed };
+
+// Writes a file through a temporary file beside it that replaces the target only
+// when the whole file is written.
+void writeThrough(const std::string& fileName, const std::function<Written(QSaveFile&)>& write) {
+    const QString name = QString::fromStdString(fileName);
     const QFileInfo existing(name);
     if (existing.exists() &&
         (!existing.isWritable() ||
@@ -147,20 +228,90 @@ void savePicture(const QImage& image, const std::string& fileName, const char* f
         }
         throw RuntimeError(kPermissionDenied);
     }
-    QImageWriter writer(&file, format);
-    if (format == "JPEG") {
-        writer.setQuality(kJpegQuality);
-    }
-    if (!writer.write(image)) {
+    const Written written = write(file);
+    if (written != Written::done) {
         // A writer that fails on a file it could open ran out of room.
         const bool deviceFailed =
-            writer.error() == QImageWriter::DeviceError || file.error() != QFileDevice::NoError;
+            written == Written::deviceFailed || file.error() != QFileDevice::NoError;
         file.cancelWriting();
         throw RuntimeError(deviceFailed ? kDiskFull : kPathFileAccessError);
     }
     if (!file.commit()) {
         throw RuntimeError(kDiskFull);
     }
+}
+
+Written writeBmpFile(QSaveFile& file, const PictureView& picture, int dotsPerMeterX,
+                     int dotsPerMeterY) {
+    const bool done = writeBmp(
+        picture, dotsPerMeterX, dotsPerMeterY, [&file](const uint8_t* bytes, std::size_t count) {
+            return file.write(reinterpret_cast<const char*>(bytes), static_cast<qint64>(count)) ==
+                   static_cast<qint64>(count);
+        });
+    return done ? Written::done : Written::deviceFailed;
+}
+
+Written writeWithQt(QSaveFile& file, const QImage& image, const QByteArray& format) {
+    QImageWriter writer(&file, format);
+    if (format == "JPEG") {
+        writer.setQuality(kJpegQuality);
+    }
+    if (writer.write(image)) {
+        return Written::done;
+    }
+    return writer.error() == QImageWriter::DeviceError ? Written::deviceFailed : Written::failed;
+}
+
+// Pictures whose BMP file the program writes itself: those without alpha or palette,
+// which Qt's writer puts down as 24-bit rows.
+bool writesBmpItself(const QImage& image) {
+    return image.format() == QImage::Format_RGB32 || image.format() == QImage::Format_RGB888 ||
+           image.format() == QImage::Format_BGR888;
+}
+
+}  // namespace
+
+void savePicture(const QImage& image, const std::string& fileName, const char* forced) {
+    const QByteArray format = formatOf(fileName, forced);
+    writeThrough(fileName, [&](QSaveFile& file) {
+        if (format == "BMP" && writesBmpItself(image)) {
+            return writeBmpFile(file, viewOf(image), image.dotsPerMeterX(), image.dotsPerMeterY());
+        }
+        return writeWithQt(file, image, format);
+    });
+}
+
+void saveMontage(const PixelBuffers& buffers, int width, int height, const std::string& fileName) {
+    const uint8_t* frame = buffers.montageSlot(PixelBuffers::kFirstMontageSlot);
+    const int frameWidth = buffers.montageMaxX + 1;
+    const int frameHeight = buffers.montageMaxY + 1;
+    if (width < 1 || height < 1 || width > frameWidth || height > frameHeight) {
+        throw RuntimeError(kInvalidProcedureCall);
+    }
+    const PictureView view = frameAsPicture(frame, frameWidth, frameHeight, width, height);
+    if (toLowerUtf8(fileName).ends_with(".gif")) {
+        GIF gif;
+        gif.SaveGIF(mapToHalftone(view), fileName);
+        return;
+    }
+    const QByteArray format = formatOf(fileName, nullptr);
+    if (format == "BMP") {
+        // The frame is a bottom-up picture already: it goes out as it stands, with the
+        // resolution a picture made now would have.
+        const QImage probe(1, 1, QImage::Format_RGB32);
+        writeThrough(fileName, [&](QSaveFile& file) {
+            return writeBmpFile(file, view, probe.dotsPerMeterX(), probe.dotsPerMeterY());
+        });
+        return;
+    }
+    // JPEG and PNG writers take red, green, blue rows as they stand.
+    QImage image(width, height, QImage::Format_RGB888);
+    if (image.isNull()) {
+        throw RuntimeError(kOutOfMemory);
+    }
+    writeFrameToRgbPicture(frame, frameWidth, frameHeight, image.bits(), image.bytesPerLine(),
+                           width, height);
+    writeThrough(fileName, [&](QSaveFile& file) { return writeWithQt(file, image, format); });
 }
 
 }  // namespace lumiquilt

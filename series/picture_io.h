@@ -12,6 +12,11 @@ namespace lumiquilt {
 /// 481 when it exists but is no picture that can be read, 7 without memory.
 QImage loadPicture(const std::string& fileName);
 
+/// As loadPicture, but a JPEG picture is decoded into `scratch` (grown when too
+/// small) instead of fresh memory: the picture returned is then a view on the
+/// scratch, good until the scratch is used again or goes.
+QImage loadPictureInto(const std::string& fileName, SampleBuffer& scratch);
+
 /// The engine's view of a decoded picture; the image must outlive the view.
 PictureView viewOf(const QImage& image);
 
@@ -30,6 +35,12 @@ QImage paintPreview(const PixelBuffers& buffers, int width, int height);
 /// "BMP", "PNG" or "JPEG", whatever the name), through a temporary file beside the
 /// target. Throws RuntimeError on failure; the target stays as it was.
 void savePicture(const QImage& image, const std::string& fileName, const char* format = nullptr);
+
+/// Writes slot 100 as the montage picture of width by height, in the format that the
+/// name's extension chooses (.bmp, .png, .jpg or .jpeg, .gif with the program's own
+/// encoder): byte for byte what saving paintMontage's picture gives, without that
+/// picture in between where the format allows. Throws RuntimeError as savePicture.
+void saveMontage(const PixelBuffers& buffers, int width, int height, const std::string& fileName);
 
 /// Raises the decoder's memory limit once, so that large photographs load.
 void configurePictureReading();

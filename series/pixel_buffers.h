@@ -39,6 +39,8 @@ class SampleBuffer {
 
     /// Drops the old contents and takes `bytes` zero bytes. Throws RuntimeError 7.
     void allocateZeroed(std::size_t bytes);
+    /// Keeps the first `bytes` bytes and gives the rest back; never grows.
+    void shrink(std::size_t bytes);
 
     uint8_t* data() { return m_data; }
     const uint8_t* data() const { return m_data; }
@@ -99,10 +101,43 @@ struct PixelBuffers {
     void sizeMontage(int width, int height);
     /// Sizes previewPixels anew, zero-filled.
     void sizePreview(int width, int height);
+    /// Takes samples laid out as sizeSeries(width, height, images) lays them out, and
+    /// at least that many of them, as seriesPixels.
+    void adoptSeries(SampleBuffer&& samples, int width, int height, int images);
 
   private:
     int sampleAt(int channel, int x, int y, int picture) const;
 };
+
+/// Series pictures read ahead, each into its frame of a buffer laid out as
+/// seriesPixels will be for image 1's size: image k at frame k - 1, the frames
+/// zero-filled before. A front end that decodes its members itself hands these over,
+/// so that the buffers take the samples instead of reading every picture again.
+struct SeriesFrames {
+    SampleBuffer pixels;
+    int frameWidth = 0;   ///< padded, as seriesMaxX + 1 will be
+    int frameHeight = 0;  ///< padded, as seriesMaxY + 1 will be
+    int capacity = 0;     ///< frames the buffer holds
+    /// filled[k - 1] is set when frame k - 1 holds image k as the run loaded it.
+    std::vector<uint8_t> filled;
+
+    std::size_t frameBytes() const {
+        return 3u * static_cast<std::size_t>(frameWidth) * static_cast<std::size_t>(frameHeight);
+    }
+    uint8_t* frame(int image) {
+        return pixels.data() + static_cast<std::size_t>(image - 1) * frameBytes();
+    }
+    /// True when image k's frame is filled and laid out for a frame of that size.
+    bool holds(int image, int width, int height) const;
+};
+
+/// Copies `columns` pixels of one row in `format` as blue, green, red bytes.
+void copyRowAsBgr(const uint8_t* source, PixelFormat format, int columns, uint8_t* target);
+
+/// A frame of frameWidth by frameHeight (bottom row first) seen as a picture of
+/// width by height with its top row first: a view with a negative stride, no copy.
+PictureView frameAsPicture(const uint8_t* frame, int frameWidth, int frameHeight, int width,
+                           int height);
 
 /// Copies a picture into a buffer frame of frameWidth by frameHeight (padded)
 /// pixels, bottom-left corner at (0, 0), cut to the frame, a whole row at a time.
@@ -114,6 +149,10 @@ void readPictureIntoFrame(const PictureView& picture, uint8_t* frame, int frameW
 /// top-down 24-bit blue-green-red rows: the reverse of readPictureIntoFrame.
 void writeFrameToPicture(const uint8_t* frame, int frameWidth, int frameHeight, uint8_t* bits,
                          std::ptrdiff_t stride, int width, int height);
+
+/// The same in red-green-blue order.
+void writeFrameToRgbPicture(const uint8_t* frame, int frameWidth, int frameHeight, uint8_t* bits,
+                            std::ptrdiff_t stride, int width, int height);
 
 /// The dimension message of image k against image 1.
 std::string dimensionMessage(int k, int width, int height, int width1, int height1);

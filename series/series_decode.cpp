@@ -1,7 +1,12 @@
 #include "series/series_decode.h"
 
-#include <atomic>
-#include <thread>
+#include <cstdint>
+#include <filesystem>
+#include <system_error>
+
+#if defined(__unix__)
+#include <sys/stat.h>
+#endif
 
 #include "core/files.h"
 #include "core/runtime_error.h"
@@ -9,9 +14,72 @@
 
 namespace lumiquilt {
 
-std::vector<DecodedMember> decodeSeries(const SeriesPattern& pattern, int threads) {
-    std::vector<DecodedMember> members;
-    for (int k = 1; k <= kMaxImages + 1; ++k) {
+namespace {
+
+// What tells a file from the one that stood under its name a moment ago.
+struct FileIdentity {
+    bool exists = false;
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::uint64_t size = 0;
+    std::int64_t modified = 0;
+    std::int64_t changed = 0;
+
+    bool operator==(const FileIdentity&) const = default;
+};
+
+// A read ahead that failed in a way only loading the member can tell.
+constexpr int kReadAgain = -1;
+
+FileIdentity identityOf(const std::string& fileName) {
+    FileIdentity id;
+#if defined(__unix__)
+    struct stat info {};
+    if (::stat(fileName.c_str(), &info) != 0) {
+        return id;
+    }
+    id.exists = true;
+    id.device = static_cast<std::uint64_t>(info.st_dev);
+    id.inode = static_cast<std::uint64_t>(info.st_ino);
+    id.size = static_cast<std::uint64_t>(info.st_size);
+    id.modified =
+        static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec;
+    id.changed = static_cast<std::int64_t>(info.st_ctim.tv_sec) * 1000000000 + info.st_ctim.tv_nsec;
+#else
+    std::error_code error;
+    const auto size = std::filesystem::file_size(fileName, error);
+    if (error) {
+        return id;
+    }
+    const auto modified = std::filesystem::last_write_time(fileName, error);
+    if (error) {
+        return id;
+    }
+    id.exists = true;
+    id.size = size;
+    id.modified = modified.time_since_epoch().count();
+#endif
+    return id;
+}
+
+}  // namespace
+
+struct SeriesReader::Member {
+    std::string fileName;
+    FileIdentity identity;  // as found just before it was decoded
+    enum class State { waiting, reading, done } state = State::waiting;
+    QImage picture;
+    int width = 0;
+    int height = 0;
+    int errorNumber = 0;
+    int frameLayout = 0;  // the layout its frame was filled under; 0 for none
+    bool loaded = false;
+};
+
+SeriesReader::SeriesReader(const SeriesPattern& pattern, bool keepPictures, int threads)
+    : m_keepPictures(keepPictures), m_members(static_cast<std::size_t>(kMaxImages)) {
+    std::size_t listed = 0;
+    for (int k = 1; k <= kMaxImages; ++k) {
         std::string name;
         try {
             name = memberName(pattern, k);
@@ -21,42 +89,217 @@ std::vector<DecodedMember> decodeSeries(const SeriesPattern& pattern, int thread
         if (!fileExists(name)) {
             break;
         }
-        members.push_back({name, QImage(), 0});
+        m_members[listed++].fileName = name;
     }
-    // The extra member only says that the limit was passed; it isn't decoded.
-    const size_t toDecode = std::min<size_t>(members.size(), kMaxImages);
-    std::atomic<size_t> next{0};
-    auto work = [&] {
-        for (size_t i = next++; i < toDecode; i = next++) {
-            try {
-                members[i].picture = loadPicture(members[i].fileName);
-            } catch (const RuntimeError& error) {
-                members[i].errorNumber = error.number();
-            }
+    m_listed = listed;
+    try {
+        for (int t = 0; t < threads && static_cast<std::size_t>(t) < listed; ++t) {
+            m_threads.emplace_back([this] { work(); });
         }
-    };
-    std::vector<std::thread> pool;
-    for (int t = 1; t < threads && static_cast<size_t>(t) < toDecode; ++t) {
-        pool.emplace_back(work);
+    } catch (const std::system_error&) {
+        // Without threads of its own every member is read when it is loaded.
+        stop();
     }
-    work();
-    for (auto& thread : pool) {
-        thread.join();
-    }
-    return members;
 }
 
-MemberLoader loaderFor(const std::vector<DecodedMember>& members, std::vector<QImage>& pictures) {
-    return [&members, &pictures](int k, const std::string& fileName) {
-        const size_t i = static_cast<size_t>(k - 1);
-        if (i >= members.size() || members[i].fileName != fileName) {
+SeriesReader::~SeriesReader() {
+    stop();
+}
+
+void SeriesReader::stop() {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_stopping = true;
+    }
+    m_changed.notify_all();
+    for (std::thread& thread : m_threads) {
+        thread.join();
+    }
+    m_threads.clear();
+}
+
+void SeriesReader::work() {
+    // Without pictures to keep, each thread decodes every member into the same memory.
+    SampleBuffer scratch;
+    for (;;) {
+        std::size_t index = 0;
+        {
+            const std::lock_guard lock(m_mutex);
+            if (m_stopping || m_next >= m_listed) {
+                return;
+            }
+            index = m_next++;
+            m_members[index].state = Member::State::reading;
+        }
+        decodeAhead(index, scratch);
+    }
+}
+
+void SeriesReader::decodeAhead(std::size_t index, SampleBuffer& scratch) {
+    Member& m = m_members[index];
+    const FileIdentity identity = identityOf(m.fileName);
+    QImage picture;
+    int errorNumber = 0;
+    try {
+        picture = m_keepPictures ? loadPicture(m.fileName) : loadPictureInto(m.fileName, scratch);
+    } catch (const RuntimeError& error) {
+        errorNumber = error.number();
+    } catch (const std::bad_alloc&) {
+        errorNumber = kOutOfMemory;
+    } catch (...) {
+        // Whatever else went wrong is met again when the member is loaded.
+        errorNumber = kReadAgain;
+    }
+
+    std::unique_lock lock(m_mutex);
+    m.identity = identity;
+    m.errorNumber = errorNumber;
+    m.width = picture.width();
+    m.height = picture.height();
+    if (index == 0) {
+        // Image 1 fixes the frame of every image.
+        if (!picture.isNull()) {
+            layOut(picture);
+        }
+        m_layoutDecided = true;
+        m_changed.notify_all();
+    } else {
+        m_changed.wait(lock, [this] { return m_layoutDecided || m_stopping; });
+    }
+    const int layout = m_layoutDecided ? m_layout : 0;
+    if (!picture.isNull() && layout != 0) {
+        uint8_t* frame = m_frames.frame(static_cast<int>(index) + 1);
+        const int frameWidth = m_frames.frameWidth;
+        const int frameHeight = m_frames.frameHeight;
+        lock.unlock();
+        readPictureIntoFrame(viewOf(picture), frame, frameWidth, frameHeight);
+        lock.lock();
+        m.frameLayout = layout;
+    }
+    if (m_keepPictures) {
+        m.picture = picture;
+    } else if (m.frameLayout == 0 || m.frameLayout != m_layout) {
+        // No frame to stand in: the picture is kept, out of the scratch.
+        m.picture = picture.copy();
+    }
+    m.state = Member::State::done;
+    lock.unlock();
+    m_changed.notify_all();
+}
+
+void SeriesReader::layOut(const QImage& first) {
+    SeriesFrames frames;
+    try {
+        frames.frameWidth = paddedBound(first.width()) + 1;
+        frames.frameHeight = paddedBound(first.height()) + 1;
+        frames.capacity = static_cast<int>(m_listed);
+        frames.pixels.allocateZeroed(frames.frameBytes() * m_listed);
+    } catch (const RuntimeError&) {
+        // Without room for the frames every member keeps its picture.
+        return;
+    }
+    m_frames = std::move(frames);
+    m_layout = 1;
+}
+
+void SeriesReader::load(int k, const std::string& fileName) {
+    try {
+        loadMember(k, fileName);
+    } catch (...) {
+        // The loading loop ends here: reading further ahead is wasted.
+        {
+            const std::lock_guard lock(m_mutex);
+            m_stopping = true;
+        }
+        m_changed.notify_all();
+        throw;
+    }
+}
+
+void SeriesReader::loadMember(int k, const std::string& fileName) {
+    const std::size_t index = static_cast<std::size_t>(k - 1);
+    if (k < 1 || index >= m_members.size()) {
+        throw RuntimeError(kSubscriptOutOfRange);
+    }
+    Member& m = m_members[index];
+    std::unique_lock lock(m_mutex);
+    bool readNow = index >= m_listed || m.fileName != fileName;
+    if (!readNow) {
+        if (m.state == Member::State::waiting && m_stopping) {
+            readNow = true;  // nobody will read it ahead any more
+        } else {
+            m_changed.wait(lock, [&m] { return m.state == Member::State::done; });
+        }
+    }
+    if (!readNow) {
+        if (!fileExists(fileName)) {
             throw RuntimeError(kFileNotFound);
         }
-        if (members[i].errorNumber != 0) {
-            throw RuntimeError(members[i].errorNumber);
+        // A file replaced or changed since it was read ahead is read again.
+        readNow = identityOf(fileName) != m.identity || m.errorNumber == kReadAgain ||
+                  (m.errorNumber == 0 && m.picture.isNull() &&
+                   (m.frameLayout == 0 || m.frameLayout != m_layout));
+    }
+    if (readNow) {
+        lock.unlock();
+        QImage picture = loadPicture(fileName);
+        lock.lock();
+        if (index == 0) {
+            // The frames were laid out for another image 1.
+            m_layout = 0;
         }
-        pictures.push_back(members[i].picture);
-    };
+        if (m.fileName != fileName) {
+            m.fileName = fileName;
+        }
+        m.picture = std::move(picture);
+        m.width = m.picture.width();
+        m.height = m.picture.height();
+        m.errorNumber = 0;
+        m.frameLayout = 0;
+    } else if (m.errorNumber != 0) {
+        throw RuntimeError(m.errorNumber);
+    }
+    m.loaded = true;
+}
+
+QImage SeriesReader::picture(int k) const {
+    const std::lock_guard lock(m_mutex);
+    if (k < 1 || k > static_cast<int>(m_members.size())) {
+        return {};
+    }
+    return m_members[static_cast<std::size_t>(k - 1)].picture;
+}
+
+PictureView SeriesReader::view(int k) const {
+    const std::lock_guard lock(m_mutex);
+    if (k < 1 || k > static_cast<int>(m_members.size())) {
+        return {};
+    }
+    const Member& m = m_members[static_cast<std::size_t>(k - 1)];
+    if (!m.loaded) {
+        return {};
+    }
+    if (!m.picture.isNull()) {
+        return viewOf(m.picture);
+    }
+    PictureView sizeOnly;
+    sizeOnly.width = m.width;
+    sizeOnly.height = m.height;
+    return sizeOnly;
+}
+
+SeriesFrames* SeriesReader::frames() {
+    stop();
+    const std::lock_guard lock(m_mutex);
+    if (m_layout == 0 || m_frames.pixels.data() == nullptr) {
+        return nullptr;
+    }
+    m_frames.filled.assign(static_cast<std::size_t>(m_frames.capacity), 0);
+    for (std::size_t i = 0; i < m_listed; ++i) {
+        const Member& m = m_members[i];
+        m_frames.filled[i] = m.loaded && m.frameLayout == m_layout ? 1 : 0;
+    }
+    return &m_frames;
 }
 
 }  // namespace lumiquilt

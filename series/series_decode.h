@@ -1,26 +1,72 @@
 #pragma once
 
 #include <QImage>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "series/pixel_buffers.h"
 #include "series/series_name.h"
 
 namespace lumiquilt {
 
-/// A series read ahead of the loading loop: member k's picture or the error that
-/// loading it raised.
-struct DecodedMember {
-    std::string fileName;
-    QImage picture;
-    int errorNumber = 0;
+/// Reads a series ahead of the loading loop, on threads of its own: each member that
+/// exists when reading starts is decoded and put straight into its frame of a series
+/// buffer laid out for image 1, on the thread that decoded it, while the other
+/// threads decode the next members. The loading loop then takes the members in order
+/// through load(), which behaves as loading the file at that moment would.
+class SeriesReader {
+  public:
+    /// Starts reading. With keepPictures every decoded picture stays available to
+    /// picture(); without, a member that stands in its frame keeps only its size, and
+    /// each thread decodes into one scratch picture of its own.
+    SeriesReader(const SeriesPattern& pattern, bool keepPictures, int threads);
+    /// Stops reading ahead and waits for the threads.
+    ~SeriesReader();
+    SeriesReader(const SeriesReader&) = delete;
+    SeriesReader& operator=(const SeriesReader&) = delete;
+
+    /// Member k for the loading loop. Waits for it when it is being read; reads the
+    /// file now when it was not read ahead, has changed since, or must be kept as a
+    /// picture after all. Throws RuntimeError as loadPicture does: 53 when the file
+    /// is missing, 481 when it is no picture.
+    void load(int k, const std::string& fileName);
+
+    /// Member k's picture as loaded; null when it stands only in its frame.
+    QImage picture(int k) const;
+    /// Member k's size, with its samples when the picture is kept.
+    PictureView view(int k) const;
+
+    /// Stops reading ahead and hands over the frames of the members loaded, for the
+    /// buffers to take over; null when there are none. Members without a frame kept
+    /// their pictures.
+    SeriesFrames* frames();
+
+  private:
+    struct Member;
+
+    void loadMember(int k, const std::string& fileName);
+    void work();
+    void decodeAhead(std::size_t index, SampleBuffer& scratch);
+    void layOut(const QImage& first);
+    void stop();
+
+    const bool m_keepPictures;
+    mutable std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::vector<Member> m_members;  ///< one per image number; never resized
+    std::size_t m_listed = 0;       ///< members that existed when reading started
+    std::size_t m_next = 0;
+    bool m_stopping = false;
+    /// The frames, laid out once image 1 is decoded; `layout` counts the layouts so
+    /// that a frame filled under a layout given up is not taken.
+    SeriesFrames m_frames;
+    int m_layout = 0;
+    bool m_layoutDecided = false;
+    std::vector<std::thread> m_threads;
 };
-
-/// Decodes the members of a series from image 1 up to the first missing file (and
-/// one more than the limit, so the limit can be told), on `threads` threads.
-std::vector<DecodedMember> decodeSeries(const SeriesPattern& pattern, int threads);
-
-/// A loader for the loading loop that hands out the decoded members in order.
-MemberLoader loaderFor(const std::vector<DecodedMember>& members, std::vector<QImage>& pictures);
 
 }  // namespace lumiquilt

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QProcess>
+#include <filesystem>
 #include <sstream>
 
 #include "core/version.h"
@@ -360,6 +362,123 @@ TEST(Cli, UnwritableOutputFailsCleanly) {
     const CliRun r = cli({"montage", "s1.png", "-o", "no-folder/m.bmp"}, dir.root());
     EXPECT_EQ(r.code, 1);
     EXPECT_EQ(r.err, "cannot write no-folder/m.bmp: Path not found\n");
+}
+
+}  // namespace
+}  // namespace lumiquilt
+
+namespace lumiquilt {
+namespace {
+
+uint64_t fingerprint(const std::string& bytes) {
+    uint64_t hash = 14695981039346656037ull;
+    for (const char c : bytes) {
+        hash = (hash ^ static_cast<uint8_t>(c)) * 1099511628211ull;
+    }
+    return hash;
+}
+
+TEST(Cli, SampleMontagesAreByteForByteWhatTheyWere) {
+    // Fingerprints of what the program wrote before its series was read ahead and its
+    // montage written straight from the buffer: the BMP file, the report with the
+    // score, the GIF file; for every method at increments 1, 20 and 200. They hold
+    // for the picture decoders of Debian 12, which decode the sample JPEG files.
+    struct Row {
+        int method;
+        int increment;
+        uint64_t bmp;
+        uint64_t reportAndScore;
+        uint64_t gif;
+        uint64_t png;
+    };
+    const Row rows[] = {
+        {0, 1, 18219238159585420665ull, 2638823299781334805ull, 16703596981801909224ull,
+         11046040225464188565ull},
+        {0, 20, 11594567860198806323ull, 5017295600808675232ull, 1024827635151218796ull,
+         3392405562084085396ull},
+        {0, 200, 5623277950433574399ull, 4942924699826486479ull, 1409056522946638134ull,
+         11118315060797192916ull},
+        {1, 1, 12487135114200755573ull, 3556029800249803650ull, 9548070566621839589ull,
+         14440959176181092598ull},
+        {1, 20, 8207375842501746731ull, 4970204930158179967ull, 11418968675791786541ull,
+         18336568737464481247ull},
+        {1, 200, 798000652742706729ull, 9219349396477418992ull, 10881053847620078713ull,
+         5210567482785755394ull},
+        {2, 1, 12487135114200755573ull, 16972837103125145575ull, 9548070566621839589ull,
+         14440959176181092598ull},
+        {2, 20, 8207375842501746731ull, 18079199843969002060ull, 11418968675791786541ull,
+         18336568737464481247ull},
+        {2, 200, 798000652742706729ull, 13432253578825242361ull, 10881053847620078713ull,
+         5210567482785755394ull},
+        {3, 1, 1156878741160961030ull, 16960995424137390504ull, 10603909429897271362ull,
+         4888165693257725764ull},
+        {3, 20, 472101141354218837ull, 5915571236494688882ull, 6383183761873000076ull,
+         3861179426725142198ull},
+        {3, 200, 6482378201382893948ull, 3106882102882529451ull, 14042545839236300584ull,
+         17055750614262950957ull},
+        {4, 1, 5351910849850342338ull, 4186353289250282262ull, 4197314303741614347ull,
+         2731380535010500355ull},
+        {4, 20, 749835150922777083ull, 15799707889481064117ull, 3994076207566281185ull,
+         8008165453683725451ull},
+        {4, 200, 2558575227895379121ull, 14043364798461437960ull, 16182348068171097474ull,
+         10510769440770544956ull},
+        {5, 1, 11451174991047015352ull, 16563535611101249349ull, 2576461371068026989ull,
+         7218442248508433185ull},
+        {5, 20, 1640037082520429539ull, 11531450820410291785ull, 11297075331072140039ull,
+         9099357218417745288ull},
+        {5, 200, 6482378201382893948ull, 1032264696107052913ull, 14042545839236300584ull,
+         17055750614262950957ull},
+        {6, 1, 10641662534079520508ull, 3353454808424464344ull, 6031317249108050478ull,
+         9521181415392837702ull},
+        {6, 20, 15528475492433510673ull, 1515533715750776865ull, 3965654088821495115ull,
+         12865025072767892163ull},
+        {6, 200, 3281041032299339033ull, 10471375810960287010ull, 1919159417234675094ull,
+         3354552997077382469ull},
+    };
+    TestFolder dir;
+    // The report names FIRST as given: a name relative to the run's folder keeps it
+    // the same wherever the sources stand.
+    for (int k = 1; k <= 5; ++k) {
+        const std::string name = "coffee" + std::to_string(k) + ".jpg";
+        std::filesystem::copy_file(std::string(LUMIQUILT_SAMPLES) + "/" + name, dir.path(name));
+    }
+    const std::string first = "coffee1.jpg";
+    // The program itself, in a process of its own: a picture file's resolution is
+    // what a process without a screen gives it.
+    auto cli = [](const std::vector<std::string>& args, const std::string& folder) {
+        QProcess process;
+        process.setWorkingDirectory(QString::fromStdString(folder));
+        QStringList list;
+        for (const std::string& a : args) {
+            list << QString::fromStdString(a);
+        }
+        process.start(LUMIQUILT_CLI, list);
+        process.waitForFinished(-1);
+        return CliRun{process.exitCode(), process.readAllStandardOutput().toStdString(),
+                      process.readAllStandardError().toStdString()};
+    };
+    for (const Row& row : rows) {
+        const std::string what =
+            "method " + std::to_string(row.method) + " increment " + std::to_string(row.increment);
+        const std::vector<std::string> common = {"montage", first,
+                                                 "-m",      std::to_string(row.method),
+                                                 "-i",      std::to_string(row.increment)};
+        auto with = [&common](std::vector<std::string> more) {
+            more.insert(more.begin(), common.begin(), common.end());
+            return more;
+        };
+        const CliRun bmp = cli(with({"-o", "m.bmp", "--report", "-", "--score"}), dir.root());
+        ASSERT_EQ(bmp.code, 0) << bmp.err;
+        EXPECT_EQ(fingerprint(testing::readBytes(dir.path("m.bmp"))), row.bmp) << what;
+        EXPECT_EQ(fingerprint(bmp.out), row.reportAndScore) << what;
+        ASSERT_EQ(cli(with({"-o", "m.gif"}), dir.root()).code, 0);
+        EXPECT_EQ(fingerprint(testing::readBytes(dir.path("m.gif"))), row.gif) << what;
+        if (row.increment == 20) {
+            // PNG files are zlib's work: the same bytes as before on the same zlib.
+            ASSERT_EQ(cli(with({"-o", "m.png"}), dir.root()).code, 0);
+            EXPECT_EQ(fingerprint(testing::readBytes(dir.path("m.png"))), row.png) << what;
+        }
+    }
 }
 
 }  // namespace

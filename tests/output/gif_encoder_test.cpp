@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <sstream>
 
 #include "core/runtime_error.h"
@@ -208,6 +209,84 @@ TEST(GifEncoder, RefusingSinkIsReported) {
     int calls = 0;
     EXPECT_FALSE(gif.encode(indexed(300, 300, std::vector<uint8_t>(90000, 3)),
                             [&](const uint8_t*, size_t) { return ++calls < 3; }));
+}
+
+}  // namespace
+}  // namespace lumiquilt
+
+namespace lumiquilt {
+namespace {
+
+// FNV-1a of a file's bytes: a fingerprint that holds the encoder's output still.
+uint64_t fingerprint(const std::string& bytes) {
+    uint64_t hash = 14695981039346656037ull;
+    for (const char c : bytes) {
+        hash = (hash ^ static_cast<uint8_t>(c)) * 1099511628211ull;
+    }
+    return hash;
+}
+
+TEST(GifEncoder, OutputStaysByteForByteWhatItWas) {
+    // Pictures of every kind of run: noise, flat stretches, gradients, rows that clear
+    // the dictionary several times; fingerprints taken from the first encoder.
+    struct Row {
+        const char* name;
+        int width;
+        int height;
+        std::function<uint8_t(int x, int y)> index;
+        uint64_t plain;
+        uint64_t transparent;
+    };
+    uint32_t seed = 12345;
+    auto noise = [&seed](int, int) {
+        seed = seed * 1103515245u + 12345u;
+        return static_cast<uint8_t>((seed >> 16) % 125);
+    };
+    const Row rows[] = {
+        {"noise", 301, 17, noise, 4751229932245102779ull, 529053947652729872ull},
+        {"flat", 1000, 3, [](int, int) { return uint8_t{62}; }, 13227739139386832496ull,
+         8776309764240988221ull},
+        {"gradient", 257, 40, [](int x, int y) { return static_cast<uint8_t>((x / 7 + y) % 125); },
+         17379958246091173519ull, 4909128217301505042ull},
+        {"stripes", 4000, 2, [](int x, int) { return static_cast<uint8_t>((x / 3) % 5 * 25); },
+         8958115986666269431ull, 424326773954767906ull},
+        {"one column", 1, 9, [](int, int y) { return static_cast<uint8_t>(y); },
+         9483556157387125834ull, 17833938565623805687ull},
+    };
+    for (const Row& row : rows) {
+        std::vector<uint8_t> indices;
+        for (int y = 0; y < row.height; ++y) {
+            for (int x = 0; x < row.width; ++x) {
+                indices.push_back(row.index(x, y));
+            }
+        }
+        const IndexedPicture picture = indexed(row.width, row.height, indices);
+        EXPECT_EQ(fingerprint(encode(picture)), row.plain) << row.name;
+        EXPECT_EQ(fingerprint(encode(picture, true, 0xC08040)), row.transparent) << row.name;
+    }
+}
+
+}  // namespace
+}  // namespace lumiquilt
+
+namespace lumiquilt {
+namespace {
+
+TEST(GifEncoder, MoreDictionariesThanItsStampCounts) {
+    // Every row starts a dictionary; the last one is the 65535th, where the stamps
+    // begin again, and no entry of an old dictionary may be found then.
+    const int height = 65535;
+    std::vector<uint8_t> indices;
+    for (int y = 0; y < height - 1; ++y) {
+        const auto a = static_cast<uint8_t>(y % 7);
+        const auto b = static_cast<uint8_t>(y % 11);
+        indices.insert(indices.end(), {a, b, a, b});
+    }
+    // Strings never seen before, in the dictionary that comes after the wrap.
+    indices.insert(indices.end(), {100, 101, 102, 103});
+    const ParsedGif g = parseGif(encode(indexed(4, height, indices)));
+    EXPECT_TRUE(g.endsProperly);
+    EXPECT_TRUE(g.pixels == indices);
 }
 
 }  // namespace

@@ -4,11 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <QImageWriter>
 #include <filesystem>
 
 #include "core/program_state.h"
 #include "core/runtime_error.h"
 #include "engine/montage_run.h"
+#include "output/gif_encoder.h"
 #include "support/test_pictures.h"
 
 namespace lumiquilt {
@@ -120,6 +122,78 @@ TEST(SavePicture, WritesAndReplacesWholeFilesOnly) {
         EXPECT_EQ(e.number(), 76);
     }
     EXPECT_THROW(savePicture(picture, dir.path("out.tif")), RuntimeError);
+}
+
+// What Qt's own writer makes of a picture, with the quality the program writes JPEG at.
+std::string qtWrites(const QImage& picture, const TestFolder& dir, const char* format) {
+    const std::string name = dir.path(std::string("qt.") + format);
+    QImageWriter writer(QString::fromStdString(name), format);
+    if (std::string(format) == "JPEG") {
+        writer.setQuality(90);
+    }
+    EXPECT_TRUE(writer.write(picture)) << format;
+    return testing::readBytes(name);
+}
+
+TEST(SavePicture, BmpFilesAreByteForByteQtsOwn) {
+    TestFolder dir;
+    const QImage::Format formats[] = {QImage::Format_RGB32, QImage::Format_RGB888,
+                                      QImage::Format_BGR888, QImage::Format_ARGB32,
+                                      QImage::Format_Indexed8};
+    for (const QImage::Format format : formats) {
+        for (int width = 1; width <= 9; ++width) {
+            QImage picture = testing::patternPicture(width, 3 + width % 4, width)
+                                 .convertToFormat(format, Qt::ThresholdDither);
+            if (width % 2 == 0) {
+                picture.setDotsPerMeterX(1234);
+                picture.setDotsPerMeterY(4321);
+            }
+            savePicture(picture, dir.path("ours.bmp"));
+            EXPECT_EQ(testing::readBytes(dir.path("ours.bmp")), qtWrites(picture, dir, "BMP"))
+                << "format " << format << " width " << width;
+        }
+    }
+}
+
+TEST(SaveMontage, SameBytesAsSavingThePaintedPicture) {
+    TestFolder dir;
+    const QSize sizes[] = {{1, 1}, {2, 3}, {5, 4}, {8, 5}, {7, 9}, {41, 23}, {64, 48}};
+    for (const QSize size : sizes) {
+        PixelBuffers b;
+        b.sizeMontage(size.width(), size.height());
+        // Padding columns and rows hold samples too, as a montage may leave them.
+        const int frameWidth = b.montageMaxX + 1;
+        const int frameHeight = b.montageMaxY + 1;
+        const QImage whole = testing::patternPicture(frameWidth, frameHeight, size.width())
+                                 .convertToFormat(QImage::Format_BGR888);
+        readPictureIntoFrame(viewOf(whole), b.montageSlot(100), frameWidth, frameHeight);
+        const QImage painted = paintMontage(b, size.width(), size.height());
+        const std::string what = std::to_string(size.width()) + "x" + std::to_string(size.height());
+
+        saveMontage(b, size.width(), size.height(), dir.path("m.bmp"));
+        EXPECT_EQ(testing::readBytes(dir.path("m.bmp")), qtWrites(painted, dir, "BMP")) << what;
+        saveMontage(b, size.width(), size.height(), dir.path("m.png"));
+        EXPECT_EQ(testing::readBytes(dir.path("m.png")), qtWrites(painted, dir, "PNG")) << what;
+        for (const char* name : {"m.jpg", "m.JPEG"}) {
+            saveMontage(b, size.width(), size.height(), dir.path(name));
+            EXPECT_EQ(testing::readBytes(dir.path(name)), qtWrites(painted, dir, "JPEG")) << what;
+        }
+        saveMontage(b, size.width(), size.height(), dir.path("m.gif"));
+        GIF gif;
+        gif.SaveGIF(mapToHalftone(viewOf(painted)), dir.path("painted.gif"));
+        EXPECT_EQ(testing::readBytes(dir.path("m.gif")),
+                  testing::readBytes(dir.path("painted.gif")))
+            << what;
+    }
+    PixelBuffers b;
+    b.sizeMontage(4, 4);
+    EXPECT_THROW(saveMontage(b, 4, 4, dir.path("m.tif")), RuntimeError);
+    try {
+        saveMontage(b, 4, 4, dir.path("no-folder/m.bmp"));
+        FAIL();
+    } catch (const RuntimeError& e) {
+        EXPECT_EQ(e.number(), 76);
+    }
 }
 
 TEST(PictureFromFrame, IsTheReverseOfTheBufferTransfer) {

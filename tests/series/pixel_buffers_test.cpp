@@ -4,6 +4,8 @@
 
 #include <vector>
 
+#include "core/runtime_error.h"
+
 namespace lumiquilt {
 namespace {
 
@@ -112,6 +114,63 @@ TEST(PixelBuffers, ThirtyTwoBitAndRgbPicturesArriveInBlueGreenRedOrder) {
         EXPECT_EQ(b.blueAt(0, 0, k), 1);
         EXPECT_EQ(b.greenAt(0, 0, k), 2);
         EXPECT_EQ(b.redAt(0, 0, k), 3);
+    }
+}
+
+TEST(PixelBuffers, AdoptedFramesBecomeTheSeriesWhateverTheirSize) {
+    // Small buffers come from the heap, large ones are mappings of their own: the
+    // frames beyond the images used go back either way.
+    for (const int width : {5, 1001}) {
+        const int height = 1001;
+        SeriesFrames frames;
+        frames.frameWidth = paddedBound(width) + 1;
+        frames.frameHeight = paddedBound(height) + 1;
+        frames.capacity = 3;
+        frames.pixels.allocateZeroed(3 * frames.frameBytes());
+        frames.filled = {1, 1, 0};
+        for (int k = 1; k <= 3; ++k) {
+            frames.frame(k)[frames.frameBytes() - 1] = static_cast<uint8_t>(k);
+        }
+        EXPECT_TRUE(frames.holds(2, width, height));
+        EXPECT_FALSE(frames.holds(3, width, height));  // not filled
+        EXPECT_FALSE(frames.holds(2, width + 4, height));
+        EXPECT_FALSE(frames.holds(4, width, height));
+
+        PixelBuffers b;
+        b.adoptSeries(std::move(frames.pixels), width, height, 2);
+        EXPECT_EQ(b.seriesMaxImage, 2);
+        EXPECT_EQ(b.seriesMaxX, paddedBound(width));
+        EXPECT_EQ(b.seriesPixels.size(), 2 * frames.frameBytes());
+        EXPECT_EQ(b.redAt(b.seriesMaxX, b.seriesMaxY, 2), 2);
+        EXPECT_EQ(b.redAt(b.seriesMaxX, b.seriesMaxY, 3), 0);
+        // Too few samples for the images named is refused.
+        SampleBuffer few;
+        few.allocateZeroed(16);
+        EXPECT_THROW(b.adoptSeries(std::move(few), width, height, 1), RuntimeError);
+    }
+}
+
+TEST(PixelBuffers, RowsOfThirtyTwoBitPixelsOfAnyWidth) {
+    // Four pixels at a time and the rest one by one: every width from 1 to 9.
+    for (int width = 1; width <= 9; ++width) {
+        std::vector<uint8_t> bgrx(static_cast<size_t>(width) * 4 * 2);
+        for (size_t i = 0; i < bgrx.size(); ++i) {
+            bgrx[i] = static_cast<uint8_t>(i % 4 == 3 ? 0xEE : i + 1);
+        }
+        PixelBuffers b;
+        b.sizeSeries(width, 2, 1);
+        readPictureIntoFrame({width, 2, bgrx.data(), width * 4, PixelFormat::bgrx32},
+                             b.seriesImage(1), b.seriesMaxX + 1, b.seriesMaxY + 1);
+        for (int x = 0; x <= b.seriesMaxX; ++x) {
+            for (int row = 0; row < 2; ++row) {
+                const size_t p = static_cast<size_t>(row * width + x) * 4;
+                const bool inside = x < width;
+                // Row 0 from the top is buffer row 1.
+                EXPECT_EQ(b.blueAt(x, 1 - row, 1), inside ? bgrx[p] : 0) << width << " " << x;
+                EXPECT_EQ(b.greenAt(x, 1 - row, 1), inside ? bgrx[p + 1] : 0) << width;
+                EXPECT_EQ(b.redAt(x, 1 - row, 1), inside ? bgrx[p + 2] : 0) << width;
+            }
+        }
     }
 }
 
