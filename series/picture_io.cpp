@@ -1,14 +1,15 @@
 #include "series/picture_io.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QFileInfo>
 #include <QImageReader>
 #include <QImageWriter>
-#include <QSaveFile>
 
 #include "core/files.h"
 #include "core/runtime_error.h"
 #include "core/text.h"
+#include "persistence/profile_file.h"
 
 namespace lumiquilt {
 
@@ -122,35 +123,20 @@ void savePicture(const QImage& image, const std::string& fileName, const char* f
     } else {
         throw RuntimeError(kInvalidProcedureCall, "Unknown picture format ." + suffix);
     }
-    const QFileInfo existing(name);
-    if (existing.exists() &&
-        (!existing.isWritable() ||
-         !(existing.permissions() & (QFile::WriteOwner | QFile::WriteGroup | QFile::WriteOther)))) {
-        // Renaming over a read-only file would succeed, even for root.
-        throw RuntimeError(kPermissionDenied);
-    }
-    QSaveFile file(name);
-    if (!file.open(QIODevice::WriteOnly)) {
-        const QFileInfo info(name);
-        if (!info.absoluteDir().exists()) {
-            throw RuntimeError(kPathNotFound);
-        }
-        throw RuntimeError(kPermissionDenied);
-    }
-    QImageWriter writer(&file, format);
+    // Encoded in memory and written by the checked writer: a file device can take a
+    // short write on a full disk for success and commit a cut picture.
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, format);
     if (format == "JPEG") {
         writer.setQuality(kJpegQuality);
     }
     if (!writer.write(image)) {
-        // A writer that fails on a file it could open ran out of room.
-        const bool deviceFailed =
-            writer.error() == QImageWriter::DeviceError || file.error() != QFileDevice::NoError;
-        file.cancelWriting();
-        throw RuntimeError(deviceFailed ? kDiskFull : kPathFileAccessError);
+        throw RuntimeError(writer.error() == QImageWriter::DeviceError ? kOutOfMemory
+                                                                       : kPathFileAccessError);
     }
-    if (!file.commit()) {
-        throw RuntimeError(kDiskFull);
-    }
+    writeFileAtomically(fileName, std::string_view(bytes.constData(), bytes.size()));
 }
 
 }  // namespace lumiquilt
