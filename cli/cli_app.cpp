@@ -17,6 +17,7 @@
 #include "engine/properties_report.h"
 #include "output/gif_encoder.h"
 #include "persistence/profile_file.h"
+#include "persistence/project_file.h"
 #include "series/picture_io.h"
 #include "series/series_decode.h"
 #include "series/series_name.h"
@@ -38,7 +39,9 @@ constexpr const char* kUsage =
     "  --mark K:X,Y           centre of image K's target mark, Y downward\n"
     "  -o, --output FILE      write the montage (.bmp, .jpg, .jpeg, .gif, .png)\n"
     "  --report FILE          write the run's report; - for standard output\n"
-    "  --score                print the seam score at block size 10\n";
+    "  --score                print the seam score at block size 10\n"
+    "  --save-project FILE    montage only: also write the project file and its\n"
+    "                         companion picture, as Save a Project does\n";
 
 struct Options {
     std::string command;
@@ -52,6 +55,7 @@ struct Options {
     std::string report;
     bool score = false;
     bool allMethods = false;
+    std::string saveProject;
 };
 
 struct UsageError {
@@ -130,6 +134,8 @@ Options parseOptions(const std::vector<std::string>& args) {
             o.output = value(a);
         } else if (a == "--report") {
             o.report = value(a);
+        } else if (a == "--save-project") {
+            o.saveProject = value(a);
         } else if (a == "--score") {
             o.score = true;
         } else if (a == "--all-methods" && o.command == "evaluate") {
@@ -254,6 +260,24 @@ std::string absoluteIn(const std::string& folder, const std::string& name) {
     return isAbsoluteName(name) ? name : folder + "/" + name;
 }
 
+// The project file and its companion, by the window program's writer; a failure
+// stops with the message that "Save a Project" shows for it.
+void saveProject(const std::string& name, const std::string& report, const QImage& montage) {
+    bool picture = false;
+    try {
+        ProjectSave save(name);
+        save.writeText(report);
+        picture = true;
+        save.writeCompanion(
+            [&montage](const std::string& temporary) { savePicture(montage, temporary, "BMP"); });
+        picture = false;
+        save.commit();
+    } catch (const RuntimeError& error) {
+        throw RunStopped{picture ? generalMessage(error, 33000, "mnuSave")
+                                 : projectWriteMessage(error.description())};
+    }
+}
+
 }  // namespace
 
 int runCli(const std::vector<std::string>& arguments, const std::string& currentFolder,
@@ -285,12 +309,19 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
         if (createImage(state, front) != RunEnd::completed) {
             return 1;
         }
+        // Painted only for a file that takes it.
+        QImage montage;
+        if (!options.output.empty() || !options.saveProject.empty()) {
+            try {
+                montage = paintMontage(state.buffers, static_cast<int>(state.imageWidth),
+                                       static_cast<int>(state.imageHeight));
+            } catch (const RuntimeError& error) {
+                throw RunStopped{"cannot paint the montage: " + error.description()};
+            }
+        }
         if (!options.output.empty()) {
             try {
                 const std::string target = absoluteIn(currentFolder, options.output);
-                const QImage montage =
-                    paintMontage(state.buffers, static_cast<int>(state.imageWidth),
-                                 static_cast<int>(state.imageHeight));
                 if (toLowerUtf8(target).ends_with(".gif")) {
                     GIF gif;
                     gif.SaveGIF(mapToHalftone(viewOf(montage)), target);
@@ -312,6 +343,10 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
                     throw RunStopped{"cannot write " + options.report + ": " + error.description()};
                 }
             }
+        }
+        if (!options.saveProject.empty()) {
+            saveProject(absoluteIn(currentFolder, options.saveProject), state.propertiesString,
+                        montage);
         }
         if (options.score) {
             char line[64];

@@ -189,5 +189,33 @@ TEST(Cli, UnwritableOutputFailsCleanly) {
     EXPECT_EQ(r.err, "cannot write no-folder/m.bmp: Path not found\n");
 }
 
+TEST(Cli, SaveProjectWritesThePairAsTheWindowProgramDoes) {
+    TestFolder dir;
+    makeSeries(dir, 4);
+    const CliRun r = cli({"montage", "s1.png", "-i", "9", "-m", "3", "--ignore", "2,4", "-o",
+                          "m.bmp", "--report", "-", "--save-project", "job.mon"},
+                         dir.root());
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(testing::readBytes(dir.path("job.mon")), "[project]\r\n" + r.out + "\r\n");
+    EXPECT_NE(r.out.find("  Ignore image number =2, 4\r\n"), std::string::npos);
+    EXPECT_EQ(testing::readBytes(dir.path("job.qvz")).substr(0, 2), "BM");
+    EXPECT_EQ(testing::readBytes(dir.path("job.qvz")), testing::readBytes(dir.path("m.bmp")));
+
+    // A second save replaces both; a folder that isn't there is the write message.
+    const CliRun again =
+        cli({"montage", dir.path("s1.png"), "-i", "5", "--save-project", dir.path("job.mon")}, "/");
+    ASSERT_EQ(again.code, 0) << again.err;
+    EXPECT_NE(testing::readBytes(dir.path("job.mon")).find("  Increment size =5\r\n"),
+              std::string::npos);
+    const CliRun bad =
+        cli({"montage", "s1.png", "--save-project", "no-folder/job.mon"}, dir.root());
+    EXPECT_EQ(bad.code, 1);
+    EXPECT_EQ(bad.err,
+              "There is a problem in writing to that file.   The error message is 'Path not "
+              "found'.   Try another name and make sure the file and disk are not write "
+              "protected or full.\n");
+    EXPECT_EQ(cli({"montage", "s1.png", "--save-project"}, dir.root()).code, 2);
+}
+
 }  // namespace
 }  // namespace lumiquilt
