@@ -22,10 +22,15 @@ QString q(const std::string& s) {
 }
 
 // Where a file dialog opens: the proposed name, in the initial folder when the name
-// has none of its own and the folder is one.
+// has none of its own and the folder is one. Without a name, an initial "folder"
+// that names a file opens its folder with the name box empty.
 QString dialogStart(const FileDialogRequest& request) {
     if (request.fileName.empty()) {
-        return q(request.initialFolder);
+        const QFileInfo start(q(request.initialFolder));
+        if (request.initialFolder.empty() || start.isDir()) {
+            return q(request.initialFolder);
+        }
+        return start.path();
     }
     const QString name = q(request.fileName);
     const QFileInfo folder(q(request.initialFolder));
@@ -43,7 +48,12 @@ QString qtFilterFrom(const std::string& filter) {
     for (int i = 0; i + 1 < parts.size(); i += 2) {
         QString patterns = parts[i + 1];
         patterns.replace(';', ' ');
-        entries << parts[i].trimmed() + " (" + patterns + ")";
+        // A caption that shows its patterns already gives them once, as Qt reads them.
+        QString caption = parts[i].trimmed();
+        if (caption.endsWith(')') && caption.contains('(')) {
+            caption = caption.left(caption.lastIndexOf('(')).trimmed();
+        }
+        entries << caption + " (" + patterns + ")";
     }
     return entries.join(";;");
 }
