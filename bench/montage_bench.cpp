@@ -2,10 +2,13 @@
 // in the same run:
 //   decode       against nothing (it is the floor): decoding the series' JPEG files
 //   buffers      against a plain copy of the series' decoded bytes
-//   block loop   against a plain copy of the montage's bytes
+//   block loop   against a plain copy of the montage's bytes, also with the images
+//                aligned by their marks
 //   writing      against decoding one file of the same size
 //   whole run    (lumiquilt-cli montage ... -o out.jpg, its own process) against
 //                decoding alone
+//   compare and evaluate --all-methods (5 pictures only), each against one montage
+//                run in its own process
 //
 //   montage_bench [PHOTO] [--quick]
 #include <QCoreApplication>
@@ -26,6 +29,7 @@
 #include "core/program_state.h"
 #include "engine/montage_run.h"
 #include "output/gif_encoder.h"
+#include "series/image_offsets.h"
 #include "series/picture_io.h"
 #include "series/series_decode.h"
 #include "series/series_name.h"
@@ -69,7 +73,8 @@ std::string makeSeries(const QImage& photo, const QString& folder, int count, in
     return (folder + "/bench1.jpg").toStdString();
 }
 
-void benchSeries(const QImage& photo, int count, int width, int height, bool quick) {
+void benchSeries(const QImage& photo, int count, int width, int height, bool quick,
+                 bool evaluations) {
     QTemporaryDir dir;
     const std::string first = makeSeries(photo, dir.path(), count, width, height);
     const int repeats = quick ? 1 : 3;
@@ -125,6 +130,27 @@ void benchSeries(const QImage& photo, int count, int width, int height, bool qui
         char name[64];
         std::snprintf(name, sizeof name, "block loop, increment %d", increment);
         row(name, loop, plainCopy, "plain copy of the montage");
+    }
+    // The same loop on a bracket aligned by its marks: every other image stands 7 right
+    // and 5 down of the first, cut to the minimum area that all of them share.
+    {
+        ProgramState shifted;
+        initialiseProgramState(shifted);
+        shifted.imageCount = state.imageCount;
+        shifted.imageWidth = state.imageWidth;
+        shifted.imageHeight = state.imageHeight;
+        shifted.methodChecked = state.methodChecked;
+        shifted.increment = 20;
+        collectTargetCentres(shifted, [](int k) {
+            return k % 2 == 0 ? MarkCentre{20.0, 18.0} : MarkCentre{13.0, 13.0};
+        });
+        const OffsetStep step = applyOffsetMode(
+            shifted, OffsetMode::minimum, static_cast<float>(width), static_cast<float>(height));
+        loadPixelBuffers(shifted, PictureView{}, static_cast<int>(shifted.imageWidth),
+                         static_cast<int>(shifted.imageHeight), views, nullptr);
+        const double loop =
+            seconds([&] { runBlockLoop(shifted, step.rowShift, nullptr); }, repeats);
+        row("block loop, increment 20, offsets", loop, plainCopy, "plain copy of the montage");
     }
     QImage montage;
     const double toPicture = seconds(
@@ -182,6 +208,26 @@ void benchSeries(const QImage& photo, int count, int width, int height, bool qui
     row("whole cli run with -o out.jpg", whole, decodeTwo, "decode alone, 2 threads");
     row("whole cli run, no output", bare, decodeOne, "decode alone, 1 thread");
     row("whole cli run, no output", bare, decodeTwo, "decode alone, 2 threads");
+
+    if (!evaluations) {
+        return;
+    }
+    // The passes decode the series once: seven block loops and scores should cost
+    // little beside it, and even 140 runs only a few montages' worth.
+    auto commandRun = [&](const QStringList& command, int times) {
+        return seconds(
+            [&] {
+                QProcess process;
+                process.start(cli, command + QStringList{QString::fromStdString(first)});
+                process.waitForFinished(-1);
+            },
+            times);
+    };
+    const double montageRun = commandRun({"montage"}, repeats);
+    const double compare = commandRun({"compare"}, repeats);
+    const double evaluateAll = commandRun({"evaluate", "--all-methods"}, 1);
+    row("cli compare", compare, montageRun, "one cli montage run (target 2 x)");
+    row("cli evaluate --all-methods", evaluateAll, montageRun, "one cli montage run (target 6 x)");
 }
 
 }  // namespace
@@ -203,7 +249,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "montage_bench: cannot read %s\n", qPrintable(photoName));
         return 1;
     }
-    benchSeries(photo, 5, 4000, 3000, quick);
-    benchSeries(photo, 30, 1632, 1224, quick);
+    benchSeries(photo, 5, 4000, 3000, quick, true);
+    benchSeries(photo, 30, 1632, 1224, quick, false);
     return 0;
 }

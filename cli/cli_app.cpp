@@ -3,7 +3,10 @@
 #include <QImage>
 #include <array>
 #include <cstdio>
+#include <cstring>
+#include <filesystem>
 #include <fstream>
+#include <map>
 #include <optional>
 #include <ostream>
 
@@ -15,6 +18,7 @@
 #include "engine/evaluate_image.h"
 #include "engine/measures.h"
 #include "engine/properties_report.h"
+#include "evaluation/evaluation_passes.h"
 #include "output/gif_encoder.h"
 #include "persistence/profile_file.h"
 #include "persistence/project_file.h"
@@ -35,13 +39,15 @@ constexpr const char* kUsage =
     "  -i, --increment TEXT   block size, read as the Increment field is (default 20)\n"
     "  -m, --method N         Exposure Method 0 to 6, in menu order (default 0)\n"
     "  --ignore LIST          image numbers 1 to 10, comma-separated\n"
-    "  --offsets MODE         min, max or same\n"
-    "  --mark K:X,Y           centre of image K's target mark, Y downward\n"
+    "  --offsets MODE         min, max or same: align the images on their marks\n"
+    "  --mark K:X,Y           centre of image K's target mark in picture pixels, Y\n"
+    "                         downward; repeatable (default: the mark's design place)\n"
     "  -o, --output FILE      write the montage (.bmp, .jpg, .jpeg, .gif, .png)\n"
     "  --report FILE          write the run's report; - for standard output\n"
     "  --score                print the seam score at block size 10\n"
-    "  --save-project FILE    montage only: also write the project file and its\n"
-    "                         companion picture, as Save a Project does\n";
+    "  --all-methods          evaluate: the increments of all seven methods\n"
+    "  --save-project FILE    montage: also write the project file and its companion\n"
+    "                         picture, as Save a Project does\n";
 
 struct Options {
     std::string command;
@@ -50,7 +56,7 @@ struct Options {
     int method = 0;
     std::array<bool, kIgnorableImages> ignored{};
     std::string offsets;
-    std::vector<std::string> marks;
+    std::map<int, MarkCentre> marks;
     std::string output;
     std::string report;
     bool score = false;
@@ -77,6 +83,31 @@ bool isWholeNumber(const std::string& text) {
         }
     }
     return true;
+}
+
+// A whole number with an optional minus sign, small enough for an int.
+bool isSignedWholeNumber(const std::string& text) {
+    return !text.empty() && isWholeNumber(text[0] == '-' ? text.substr(1) : text);
+}
+
+// "K:X,Y": image K's mark centre, in picture pixels, Y downward. Values beyond 16
+// bits are left for the run, which refuses them as the window program would.
+std::pair<int, MarkCentre> parseMark(const std::string& text) {
+    const UsageError bad{"--mark takes K:X,Y with an image number K from 1 to 30"};
+    const size_t colon = text.find(':');
+    const size_t comma = text.find(',', colon == std::string::npos ? 0 : colon);
+    if (colon == std::string::npos || comma == std::string::npos) {
+        throw bad;
+    }
+    const std::string k = text.substr(0, colon);
+    const std::string x = text.substr(colon + 1, comma - colon - 1);
+    const std::string y = text.substr(comma + 1);
+    if (!isWholeNumber(k) || std::stoi(k) < 1 || std::stoi(k) >= kImageSlots ||
+        !isSignedWholeNumber(x) || !isSignedWholeNumber(y)) {
+        throw bad;
+    }
+    return {std::stoi(k),
+            MarkCentre{static_cast<double>(std::stoi(x)), static_cast<double>(std::stoi(y))}};
 }
 
 Options parseOptions(const std::vector<std::string>& args) {
@@ -129,7 +160,8 @@ Options parseOptions(const std::vector<std::string>& args) {
                 throw UsageError{"--offsets takes min, max or same"};
             }
         } else if (a == "--mark") {
-            o.marks.push_back(value(a));
+            const auto [k, centre] = parseMark(value(a));
+            o.marks.insert_or_assign(k, centre);
         } else if (a == "-o" || a == "--output") {
             o.output = value(a);
         } else if (a == "--report") {
@@ -149,6 +181,9 @@ Options parseOptions(const std::vector<std::string>& args) {
             throw UsageError{"more than one first file: '" + a + "'"};
         }
     }
+    if (!o.saveProject.empty() && o.command != "montage") {
+        throw UsageError{"--save-project goes with montage only"};
+    }
     if (!haveFirst) {
         throw UsageError{"no first file named"};
     }
@@ -164,12 +199,6 @@ Options parseOptions(const std::vector<std::string>& args) {
             throw UsageError{"the output name must end in .bmp, .jpg, .jpeg, .gif or .png"};
         }
     }
-    if (!o.offsets.empty() || !o.marks.empty()) {
-        throw UsageError{"image offsets are not available in this version"};
-    }
-    if (o.command != "montage") {
-        throw UsageError{"the " + o.command + " command is not available in this version"};
-    }
     return o;
 }
 
@@ -180,16 +209,31 @@ class CliFront : public CreateImageFront {
     CliFront(const Options& options, const ProgramState& state, std::ostream& err, bool progress)
         : m_options(options),
           m_state(state),
+          m_method(options.method),
           m_incrementText(options.incrementText),
           m_fileName(options.first),
           m_err(err),
           m_progress(progress) {}
 
+    /// The ticked method, -1 for none: the one choice the passes change.
+    int method() const { return m_method; }
+    void setMethod(int method) { m_method = method; }
+    /// Runs that are passes of a comparison name their method and increment in the
+    /// progress line.
+    void setPassesRunning(bool on) { m_passes = on; }
+
     RunChoices choices() override {
         RunChoices c;
         c.incrementText = m_incrementText;
-        c.methodChecked[static_cast<size_t>(m_options.method)] = true;
+        if (m_method >= 0 && m_method < kMethodCount) {
+            c.methodChecked[static_cast<size_t>(m_method)] = true;
+        }
         c.ignored = m_options.ignored;
+        // Without --offsets the marks are there but not used.
+        c.addOffsets = !m_options.offsets.empty();
+        c.offsetsMin = m_options.offsets == "min";
+        c.offsetsMax = m_options.offsets == "max";
+        c.offsetsSame = m_options.offsets == "same";
         return c;
     }
     void setIncrementText(const std::string& text) override { m_incrementText = text; }
@@ -200,10 +244,20 @@ class CliFront : public CreateImageFront {
         m_err << text << "\n";
     }
 
+    MarkCentre markCentre(int k) override {
+        const auto found = m_options.marks.find(k);
+        return found == m_options.marks.end() ? kDesignMarkCentre : found->second;
+    }
+
     void seriesFound(const SeriesPattern& pattern) override {
-        progress("decoding the series");
         m_pictures.clear();
-        m_members = decodeSeries(pattern, 2);
+        // The passes load the same series again and again: decode it once, and again
+        // only when one of its files has changed.
+        if (!sameFilesAsDecoded(pattern)) {
+            progress("decoding the series");
+            m_members = decodeSeries(pattern, 2);
+            m_decodedStamps = stampsOf(pattern, m_members.size());
+        }
         m_loader = loaderFor(m_members, m_pictures);
     }
     void loadMember(int k, const std::string& fileName) override { m_loader(k, fileName); }
@@ -212,14 +266,18 @@ class CliFront : public CreateImageFront {
         return i < m_pictures.size() ? viewOf(m_pictures[i]) : PictureView{};
     }
     void startPreview() override {
-        progress("building the montage");
+        if (!m_passes) {
+            progress("building the montage");
+        }
         m_row = 0;
     }
     void seriesRead() override {
         // A single montage never reads its pictures again: the memory is the output's.
-        m_members.clear();
-        m_members.shrink_to_fit();
+        // The passes of compare and evaluate read them once for each montage.
         if (m_options.command == "montage") {
+            m_members.clear();
+            m_members.shrink_to_fit();
+            m_decodedStamps.clear();
             m_pictures.clear();
             m_pictures.shrink_to_fit();
         }
@@ -228,11 +286,20 @@ class CliFront : public CreateImageFront {
         ++m_row;
         const int rows = static_cast<int>(m_state.imageHeight) / m_state.increment + 1;
         if (m_progress && (m_row % 16 == 0 || m_row == rows)) {
-            m_err << "\rrow " << m_row << " of " << rows << std::flush;
+            m_err << "\r";
+            if (m_passes) {
+                m_err << "method " << m_method << ", increment " << m_state.increment << ": ";
+            }
+            m_err << "row " << m_row << " of " << rows << "    " << std::flush;
         }
     }
     void showMontage() override {
-        if (m_progress) {
+        if (m_progress && !m_passes) {
+            m_err << "\n";
+        }
+    }
+    void endPassesProgress() {
+        if (m_progress && m_passes) {
             m_err << "\n";
         }
     }
@@ -240,12 +307,53 @@ class CliFront : public CreateImageFront {
   private:
     void progress(const char* what) {
         if (m_progress) {
+            if (m_passes) {
+                m_err << "\n";
+            }
             m_err << what << "...\n";
         }
     }
 
+    // What tells a file that has changed since it was decoded.
+    struct FileStamp {
+        std::string name;
+        bool exists = false;
+        std::uintmax_t size = 0;
+        std::filesystem::file_time_type written;
+        bool operator==(const FileStamp&) const = default;
+    };
+    static FileStamp stampOf(const std::string& name) {
+        FileStamp stamp{name, false, 0, {}};
+        std::error_code error;
+        const auto status = std::filesystem::status(name, error);
+        if (!error && std::filesystem::is_regular_file(status)) {
+            stamp.exists = true;
+            stamp.size = std::filesystem::file_size(name, error);
+            stamp.written = std::filesystem::last_write_time(name, error);
+        }
+        return stamp;
+    }
+    // The members decoded and the name after the last, which must stay missing.
+    static std::vector<FileStamp> stampsOf(const SeriesPattern& pattern, std::size_t members) {
+        std::vector<FileStamp> stamps;
+        for (std::size_t k = 1; k <= members + 1; ++k) {
+            try {
+                stamps.push_back(stampOf(memberName(pattern, static_cast<int>(k))));
+            } catch (const RuntimeError&) {
+                break;  // no number beyond 16 bits: nothing more can join the series
+            }
+        }
+        return stamps;
+    }
+    bool sameFilesAsDecoded(const SeriesPattern& pattern) const {
+        return !m_decodedStamps.empty() && stampsOf(pattern, m_members.size()) == m_decodedStamps;
+    }
+
     const Options& m_options;
     const ProgramState& m_state;
+    int m_method;
+    bool m_passes = false;
+    std::vector<FileStamp> m_decodedStamps;
     std::string m_incrementText;
     std::string m_fileName;
     std::ostream& m_err;
@@ -259,6 +367,52 @@ class CliFront : public CreateImageFront {
 std::string absoluteIn(const std::string& folder, const std::string& name) {
     return isAbsoluteName(name) ? name : folder + "/" + name;
 }
+
+// The command-line side of compare and evaluate: the method is the one tick, the
+// question is answered by the command itself, and the comparison keeps a copy of its
+// best montage, where the window program keeps seven windows.
+class CliPasses : public EvaluationFront {
+  public:
+    CliPasses(CliFront& road, ProgramState& state) : m_road(road), s(state) {
+        m_road.setPassesRunning(true);
+    }
+    ~CliPasses() override {
+        m_road.endPassesProgress();
+        m_road.setPassesRunning(false);
+    }
+    CliPasses(const CliPasses&) = delete;
+    CliPasses& operator=(const CliPasses&) = delete;
+
+    CreateImageFront& road() override { return m_road; }
+    int tickedMethod() override { return m_road.method(); }
+    void tickOnly(int method) override { m_road.setMethod(method); }
+    bool confirm(const std::string& /*text*/, const std::string& /*title*/) override {
+        return true;  // asking for --all-methods is the answer
+    }
+    void passScored(const PassScore& /*score*/, bool newBest) override {
+        if (newBest && m_keepBest) {
+            const PixelBuffers& b = s.buffers;
+            const uint8_t* slot = b.montageSlot(PixelBuffers::kFirstMontageSlot);
+            m_best.assign(slot,
+                          slot + b.montageRowBytes() * static_cast<size_t>(b.montageMaxY + 1));
+        }
+    }
+    void showComparisonBest(int /*slot*/) override {
+        PixelBuffers& b = s.buffers;
+        if (m_best.size() == b.montageRowBytes() * static_cast<size_t>(b.montageMaxY + 1)) {
+            std::memcpy(b.montageSlot(PixelBuffers::kFirstMontageSlot), m_best.data(),
+                        m_best.size());
+        }
+    }
+    /// Only a comparison needs the copy: the evaluations make their best once more.
+    void keepBestMontage() { m_keepBest = true; }
+
+  private:
+    CliFront& m_road;
+    ProgramState& s;
+    bool m_keepBest = false;
+    std::vector<uint8_t> m_best;
+};
 
 // The project file and its companion, by the window program's writer; a failure
 // stops with the message that "Save a Project" shows for it.
@@ -276,6 +430,12 @@ void saveProject(const std::string& name, const std::string& report, const QImag
         throw RunStopped{picture ? generalMessage(error, 33000, "mnuSave")
                                  : projectWriteMessage(error.description())};
     }
+}
+
+std::string scoreText(float score) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%.6f", static_cast<double>(score));
+    return text;
 }
 
 }  // namespace
@@ -306,8 +466,48 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
             state.appPath += '/';
         }
         CliFront front(options, state, err, showProgress);
-        if (createImage(state, front) != RunEnd::completed) {
+        // The evaluations take their range of increments from the width that a run
+        // with the same options leaves.
+        if (options.command != "compare" && createImage(state, front) != RunEnd::completed) {
             return 1;
+        }
+        std::string report = state.propertiesString;
+        if (options.command == "compare") {
+            CliPasses passes(front, state);
+            passes.keepBestMontage();
+            const EvaluationResult result = compareAllMethods(state, passes);
+            if (result.end != EvaluationEnd::completed) {
+                return 1;
+            }
+            for (const PassScore& pass : result.scores) {
+                out << "method " << pass.method << " " << scoreText(pass.score) << "\n";
+            }
+            out << "best " << state.bestMethod << " "
+                << kMethodCaptions[static_cast<size_t>(state.bestMethod)] << "\n";
+            report =
+                state.methodProperties[static_cast<size_t>(kMethodCount - 1 - state.bestMethod)];
+        } else if (options.command == "evaluate") {
+            // Nothing tried leaves the method the command was asked about.
+            state.bestMethod = static_cast<int16_t>(options.method);
+            EvaluationResult result;
+            {
+                CliPasses passes(front, state);
+                result = options.allMethods ? evaluateIncrementsAllMethods(state, passes)
+                                            : evaluateIncrements(state, passes);
+            }
+            if (result.end != EvaluationEnd::completed) {
+                return 1;
+            }
+            int lastMethod = -1;
+            for (const PassScore& pass : result.scores) {
+                if (options.allMethods && pass.method != lastMethod) {
+                    out << "method " << pass.method << "\n";
+                    lastMethod = pass.method;
+                }
+                out << "increment " << pass.increment << " " << scoreText(pass.score) << "\n";
+            }
+            out << "best " << state.bestMethod << " " << state.bestIncrement << "\n";
+            report = state.propertiesString;
         }
         // Painted only for a file that takes it.
         QImage montage;
@@ -334,19 +534,17 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
         }
         if (!options.report.empty()) {
             if (options.report == "-") {
-                out << state.propertiesString;
+                out << report;
             } else {
                 try {
-                    writeFileAtomically(absoluteIn(currentFolder, options.report),
-                                        state.propertiesString);
+                    writeFileAtomically(absoluteIn(currentFolder, options.report), report);
                 } catch (const RuntimeError& error) {
                     throw RunStopped{"cannot write " + options.report + ": " + error.description()};
                 }
             }
         }
         if (!options.saveProject.empty()) {
-            saveProject(absoluteIn(currentFolder, options.saveProject), state.propertiesString,
-                        montage);
+            saveProject(absoluteIn(currentFolder, options.saveProject), report, montage);
         }
         if (options.score) {
             char line[64];

@@ -14,8 +14,10 @@
 #include "core/numbers.h"
 #include "core/runtime_error.h"
 #include "display/window_geometry.h"
+#include "engine/form_preview.h"
 #include "engine/measures.h"
 #include "engine/montage_run.h"
+#include "evaluation/evaluation_commands.h"
 #include "persistence/form_preferences.h"
 #include "persistence/project_commands.h"
 
@@ -173,7 +175,11 @@ QImage backgroundTile() {
 }  // namespace
 
 FormMontage::FormMontage(ProgramState& state, ModalUi& ui, Settings& settings)
-    : m_state(state), m_ui(ui), m_settings(settings), m_output(new OutputCommands(*this)) {
+    : m_state(state),
+      m_ui(ui),
+      m_settings(settings),
+      m_output(new OutputCommands(*this)),
+      m_offsets(new OffsetCommands(*this)) {
     setWindowTitle("Lumiquilt  -  from Tarnhollow Software");
     buildControls();
     buildMenus();
@@ -295,6 +301,12 @@ void FormMontage::connectMenus() {
     connect(m.mnuMakeMontage, &QAction::triggered, this, &FormMontage::CommandGo_Click);
     connect(m.mnuExit, &QAction::triggered, this, &FormMontage::mnuExit_Click);
     connect(m.mnuSmooth, &QAction::triggered, this, &FormMontage::mnuSmooth_Click);
+    connect(m.mnuAllMethods, &QAction::triggered, this,
+            [this] { EvaluationCommands(*this).mnuAllMethods_Click(); });
+    connect(m.mnuEvaluate, &QAction::triggered, this,
+            [this] { EvaluationCommands(*this).mnuEvaluate_Click(); });
+    connect(m.mnuEvaluateAll, &QAction::triggered, this,
+            [this] { EvaluationCommands(*this).mnuEvaluateAll_Click(); });
     OutputCommands* out = m_output.get();
     connect(m.mnuJPG, &QAction::triggered, this, [out] { out->mnuJPG_Click(); });
     connect(m.mnucopy, &QAction::triggered, this, [out] { out->mnucopy_Click(); });
@@ -320,12 +332,15 @@ void FormMontage::connectMenus() {
         connect(m.mnusimpleCol[static_cast<size_t>(i)], &QAction::triggered, this,
                 [this, i] { mnusimpleCol_Click(i); });
     }
-    // The ignore entries and "Use Image Offsets" are checkable: a click turns their
+    // The ignore entries and the offset entries are checkable: a click turns their
     // check over, and that check is the choice the next Create Image reads.
+    OffsetCommands* offsets = m_offsets.get();
+    connect(m.mnuAddOffsets, &QAction::triggered, this,
+            [offsets] { offsets->mnuAddOffsets_Click(); });
     for (QAction* entry :
          {m.mnuActivateOffsetsMin, m.mnuActivateOffsetsMax, m.mnuActivateOffsetsSame}) {
         connect(entry, &QAction::triggered, this,
-                [this, entry] { mnuActivateOffsets_Click(entry); });
+                [offsets, entry] { offsets->mnuActivateOffsets_Click(entry); });
     }
     for (int i = 1; i <= 12; ++i) {
         connect(m.mnuWindow[static_cast<size_t>(i)], &QAction::triggered, this,
@@ -363,11 +378,11 @@ FormPicture* FormMontage::pictureWindow(int k) {
     FormPicture*& window = m_pictureWindows[static_cast<size_t>(k)];
     if (window == nullptr) {
         window = new FormPicture(this);
-        window->PictureFile->setMarkColor(QColor(m_targetColor & 0xFF, (m_targetColor >> 8) & 0xFF,
-                                                 (m_targetColor >> 16) & 0xFF));
+        m_offsets->connectPictureWindow(window);
         connect(window, &PictureWindow::unloaded, this,
                 [this](PictureWindow*, const QString& caption) { removeWindowEntry(caption); });
         m_output->connectPictureCommands(window);
+        PreviewCommands::connectPictureCommands(*this, window);
     }
     return window;
 }
@@ -379,6 +394,7 @@ FormMontagePicture* FormMontage::montageWindow() {
                 [this](PictureWindow*, const QString& caption) { removeWindow2Entry(caption); });
         m_output->connectMontageCommands(m_montageWindow);
         ProjectCommands::of(*this).connectMontageWindow(m_montageWindow);
+        PreviewCommands::connectMontageCommands(*this, m_montageWindow);
     }
     return m_montageWindow;
 }
@@ -398,6 +414,7 @@ FormMontagePicture* FormMontage::methodWindow(int i) {
                 [this](PictureWindow*, const QString& caption) { removeWindow2Entry(caption); });
         m_output->connectMontageCommands(window);
         ProjectCommands::of(*this).connectMontageWindow(window);
+        PreviewCommands::connectMontageCommands(*this, window);
     }
     return window;
 }
@@ -417,23 +434,20 @@ FormStatus* FormMontage::statusWindow() {
     return m_statusWindow;
 }
 
+FormPreview* FormMontage::previewWindow() {
+    if (m_previewWindow == nullptr) {
+        m_previewWindow = new FormPreview(this, m_state.twipsPerPixel);
+        connect(m_previewWindow, &FormPreview::unloaded, this,
+                [this] { removeWindow2Entry("Preview"); });
+    }
+    return m_previewWindow;
+}
+
 void FormMontage::mnusimpleCol_Click(int index) {
     for (QAction* entry : m.mnusimpleCol) {
         entry->setChecked(false);
     }
     m.mnusimpleCol[static_cast<size_t>(index)]->setChecked(true);
-}
-
-void FormMontage::mnuActivateOffsets_Click(QAction* entry) {
-    // Qt has already turned the check over; the others go off when it is on.
-    if (entry->isChecked()) {
-        for (QAction* other :
-             {m.mnuActivateOffsetsMin, m.mnuActivateOffsetsMax, m.mnuActivateOffsetsSame}) {
-            if (other != entry) {
-                other->setChecked(false);
-            }
-        }
-    }
 }
 
 void FormMontage::updateWindowMenu() {
@@ -466,6 +480,11 @@ void FormMontage::updateWindowMenu() {
             m.mnuWindow2[static_cast<size_t>(k)]->setText(w->Caption());
             m.mnuWindow2[static_cast<size_t>(k)]->setVisible(true);
         }
+    }
+    if (m_previewWindow != nullptr && m_previewWindow->isVisible()) {
+        ++k;
+        m.mnuWindow2[static_cast<size_t>(k)]->setText("Preview");
+        m.mnuWindow2[static_cast<size_t>(k)]->setVisible(true);
     }
     for (int j = k + 1; j <= 8; ++j) {
         m.mnuWindow2[static_cast<size_t>(j)]->setVisible(false);
@@ -500,6 +519,9 @@ void FormMontage::mnuWindow2_Click(int index) {
             bringUp(w);
             return;
         }
+    }
+    if (caption == "Preview" && m_previewWindow != nullptr) {
+        bringUp(m_previewWindow);
     }
 }
 
@@ -552,22 +574,6 @@ void FormMontage::mnuExit_Click() {
 
 void FormMontage::mnuSmooth_Click() {
     smoothMontage(m_state.buffers, 999, kTrue);
-}
-
-void FormMontage::setTargetColor(double color) {
-    try {
-        m_targetColor = static_cast<uint32_t>(toInt32(color));
-    } catch (const RuntimeError&) {
-        // A colour beyond 32 bits in the settings leaves the marks as they are.
-        return;
-    }
-    const QColor mark(m_targetColor & 0xFF, (m_targetColor >> 8) & 0xFF,
-                      (m_targetColor >> 16) & 0xFF);
-    for (FormPicture* window : m_pictureWindows) {
-        if (window != nullptr) {
-            window->PictureFile->setMarkColor(mark);
-        }
-    }
 }
 
 void FormMontage::loadEvent() {

@@ -12,9 +12,11 @@
 #include "core/program_state.h"
 #include "display/form_picture.h"
 #include "display/modal_ui.h"
+#include "engine/form_preview.h"
 #include "engine/montage_run.h"
 #include "output/output_commands.h"
 #include "persistence/settings.h"
+#include "series/offset_commands.h"
 
 namespace lumiquilt {
 
@@ -104,7 +106,12 @@ class FormMontage : public QMainWindow {
         return i >= 0 && i < 8 && m_methodWindows[static_cast<size_t>(i)] != nullptr;
     }
     FormUsed* methodUsedWindow(int i);
+    bool hasMethodUsedWindow(int i) const {
+        return i >= 0 && i < 8 && m_methodUsedWindows[static_cast<size_t>(i)] != nullptr;
+    }
     FormStatus* statusWindow();
+    FormPreview* previewWindow();
+    bool hasPreviewWindow() const { return m_previewWindow != nullptr; }
 
     // Commands.
     void CommandGo_Click();
@@ -112,7 +119,6 @@ class FormMontage : public QMainWindow {
     void CommandBrowse_Click();
     void mnuRecentFile_Click(int index);
     void mnusimpleCol_Click(int index);
-    void mnuActivateOffsets_Click(QAction* entry);
     void mnuWindow_Click(int index);
     void mnuWindow2_Click(int index);
     void mnuHelp_Click();
@@ -122,12 +128,14 @@ class FormMontage : public QMainWindow {
 
     /// Save As, clipboard, editor and printing.
     OutputCommands& output() { return *m_output; }
+    /// The target marks and the offset entries.
+    OffsetCommands& offsets() { return *m_offsets; }
 
     /// Rebuilds the Window menu from the visible windows.
     void updateWindowMenu();
     void addRecentFile(const std::string& item);
-    void setTargetColor(double color);
-    uint32_t targetColor() const { return m_targetColor; }
+    void setTargetColor(double color) { m_offsets->setTargetColor(color); }
+    uint32_t targetColor() const { return m_offsets->targetColor(); }
 
     /// Applies the window scale to this window and its controls.
     void scaleWindow(double scaleX, double scaleY);
@@ -148,6 +156,17 @@ class FormMontage : public QMainWindow {
     ModalUi& ui() { return m_ui; }
     Settings& settings() { return m_settings; }
 
+    /// Lets the window queue run once; throws ProcessEnding once the window closed.
+    void yieldEvents();
+    /// Holds the commands off for as long as it lives, whichever way a run ends.
+    struct RunGuard {
+        explicit RunGuard(FormMontage& form) : form(form) { form.setRunInProgress(true); }
+        ~RunGuard() { form.setRunInProgress(false); }
+        RunGuard(const RunGuard&) = delete;
+        RunGuard& operator=(const RunGuard&) = delete;
+        FormMontage& form;
+    };
+
     /// Called when the main window closes; ends the process. Tests replace it.
     std::function<void()> endProcess;
 
@@ -166,17 +185,7 @@ class FormMontage : public QMainWindow {
     void removeWindowEntry(const QString& caption);
     void removeWindow2Entry(const QString& caption);
 
-    /// Lets the window queue run once; throws ProcessEnding once the window closed.
-    void yieldEvents();
     void setRunInProgress(bool on);
-    /// Holds the commands off for as long as it lives, whichever way a run ends.
-    struct RunGuard {
-        explicit RunGuard(FormMontage& form) : form(form) { form.setRunInProgress(true); }
-        ~RunGuard() { form.setRunInProgress(false); }
-        RunGuard(const RunGuard&) = delete;
-        RunGuard& operator=(const RunGuard&) = delete;
-        FormMontage& form;
-    };
     void showGeneralMessage(int number, const std::string& description, int stage,
                             const char* routine);
     /// Loads series member k into its window, with its caption, and yields once.
@@ -192,7 +201,7 @@ class FormMontage : public QMainWindow {
     Settings& m_settings;
     RecentFiles m_recent;
     std::unique_ptr<OutputCommands> m_output;
-    uint32_t m_targetColor = 0;
+    std::unique_ptr<OffsetCommands> m_offsets;
     bool m_runInProgress = false;
     bool m_closing = false;
 
@@ -202,6 +211,7 @@ class FormMontage : public QMainWindow {
     std::array<FormMontagePicture*, 8> m_methodWindows{};
     std::array<FormUsed*, 8> m_methodUsedWindows{};
     FormStatus* m_statusWindow = nullptr;
+    FormPreview* m_previewWindow = nullptr;
 
     struct DesignPlace {
         QWidget* control;

@@ -28,6 +28,8 @@ std::string errorDescription(int number) {
             return "Path/File access error";
         case kPathNotFound:
             return "Path not found";
+        case kInvalidPropertyValue:
+            return "Invalid property value";
         case kInvalidPicture:
             return "Invalid picture";
         case kCancelSelected:

@@ -19,6 +19,7 @@ enum ErrorNumber : int {
     kPermissionDenied = 70,
     kPathFileAccessError = 75,
     kPathNotFound = 76,
+    kInvalidPropertyValue = 380,
     kInvalidPicture = 481,
     kCancelSelected = 32755,
 };

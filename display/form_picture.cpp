@@ -3,29 +3,92 @@
 #include <QCloseEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <algorithm>
+#include <cmath>
+
+#include "series/image_offsets.h"
 
 namespace lumiquilt {
 
 namespace {
 
 constexpr QPoint kPopupPlace{100, 100};
+constexpr const char* kStatusDesignText = "Image 1 = ";
+
+// A window owned by the main window: it stays above it and goes with it. Window
+// systems keep only dialog-like windows with their owner (on X11 a plain window
+// gets no transient hint), so the picture windows are dialogs with a full frame.
+constexpr Qt::WindowFlags kOwnedWindow = Qt::Dialog | Qt::WindowTitleHint |
+                                         Qt::WindowSystemMenuHint | Qt::WindowMinMaxButtonsHint |
+                                         Qt::WindowCloseButtonHint;
+
+int buttonsOf(Qt::MouseButtons buttons) {
+    return (buttons & Qt::LeftButton ? PictureBox::left : 0) |
+           (buttons & Qt::RightButton ? PictureBox::right : 0) |
+           (buttons & Qt::MiddleButton ? PictureBox::middle : 0);
+}
+
+int shiftOf(Qt::KeyboardModifiers modifiers) {
+    return (modifiers & Qt::ShiftModifier ? 1 : 0) | (modifiers & Qt::ControlModifier ? 2 : 0) |
+           (modifiers & Qt::AltModifier ? 4 : 0);
+}
 
 }  // namespace
 
 PictureBox::PictureBox(QWidget* parent) : QWidget(parent) {
     setAttribute(Qt::WA_OpaquePaintEvent, false);
+    resetMarks();
 }
 
 void PictureBox::setPicture(QImage picture) {
     m_picture = std::move(picture);
-    if (m_autoSize && !m_picture.isNull()) {
-        resize(m_picture.size());
-    }
-    update();
+    fitToPicture();
 }
 
 void PictureBox::clearPicture() {
     m_picture = QImage();
+    m_shown = QImage();
+    update();
+}
+
+void PictureBox::setDisplayScale(double scale) {
+    scale = std::clamp(scale, 1e-3, 1.0);
+    if (scale == m_scale) {
+        return;
+    }
+    m_scale = scale;
+    fitToPicture();
+}
+
+QSize PictureBox::shownSize() const {
+    if (m_scale == 1.0) {
+        return m_picture.size();
+    }
+    return QSize(std::max(1, static_cast<int>(std::lround(m_picture.width() * m_scale))),
+                 std::max(1, static_cast<int>(std::lround(m_picture.height() * m_scale))));
+}
+
+void PictureBox::fitToPicture() {
+    m_shown = QImage();
+    if (!m_picture.isNull() && m_scale < 1.0) {
+        // Scaled once here rather than at every paint: a photograph is large.
+        m_shown = m_picture.scaled(shownSize(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    }
+    if (m_autoSize && !m_picture.isNull()) {
+        resize(shownSize());
+    }
+    update();
+}
+
+void PictureBox::moveShape(int member, int left, int top) {
+    m_shapes.at(static_cast<size_t>(member)).moveTo(left, top);
+    update();
+}
+
+void PictureBox::resetMarks() {
+    m_shapes[0] = QRect(0, 0, kMarkOuterSize, kMarkOuterSize);
+    m_shapes[1] = QRect(kMarkInnerInset, kMarkInnerInset, kMarkInnerSize, kMarkInnerSize);
+    m_marksVisible = false;
     update();
 }
 
@@ -42,26 +105,46 @@ void PictureBox::setMarkColor(QColor color) {
 void PictureBox::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     if (!m_picture.isNull()) {
-        painter.drawImage(QPoint(0, 0), m_picture);
+        painter.drawImage(QPoint(0, 0), m_scale < 1.0 ? m_shown : m_picture);
     }
     if (m_marksVisible) {
         painter.setPen(QPen(m_markColor, 1));
         painter.setBrush(Qt::NoBrush);
-        for (const QRect& circle : Shape1) {
-            painter.drawEllipse(circle.adjusted(0, 0, -1, -1));
+        for (const QRect& circle : m_shapes) {
+            if (m_scale == 1.0) {
+                painter.drawEllipse(circle.adjusted(0, 0, -1, -1));
+            } else {
+                painter.setRenderHint(QPainter::Antialiasing);
+                painter.drawEllipse(QRectF(circle.x() * m_scale, circle.y() * m_scale,
+                                           circle.width() * m_scale, circle.height() * m_scale));
+            }
         }
     }
 }
 
+void PictureBox::mousePressEvent(QMouseEvent* event) {
+    const QPointF p = event->position() / m_scale;
+    emit mouseDown(buttonsOf(event->button()), shiftOf(event->modifiers()),
+                   static_cast<float>(p.x()), static_cast<float>(p.y()));
+}
+
+void PictureBox::mouseMoveEvent(QMouseEvent* event) {
+    const QPointF p = event->position() / m_scale;
+    emit mouseMove(buttonsOf(event->buttons()), shiftOf(event->modifiers()),
+                   static_cast<float>(p.x()), static_cast<float>(p.y()));
+}
+
 void PictureBox::mouseReleaseEvent(QMouseEvent* event) {
+    const QPointF p = event->position() / m_scale;
+    emit mouseUp(buttonsOf(event->button()), shiftOf(event->modifiers()), static_cast<float>(p.x()),
+                 static_cast<float>(p.y()));
     if (event->button() == Qt::RightButton) {
         emit rightButtonReleased();
     }
-    QWidget::mouseReleaseEvent(event);
 }
 
 PictureWindow::PictureWindow(QWidget* owner, const QString& designTitle)
-    : QWidget(owner, Qt::Window), m_designTitle(designTitle) {
+    : QWidget(owner, kOwnedWindow), m_designTitle(designTitle) {
     setWindowTitle(designTitle);
     PictureFile = new PictureBox(this);
     PictureFile->move(0, 0);
@@ -82,6 +165,9 @@ void PictureWindow::unload() {
     const bool wasShown = isVisible();
     hide();
     PictureFile->clearPicture();
+    // A new instance: the marks, hidden, at their design place.
+    PictureFile->resetMarks();
+    PictureFile->setDisplayScale(1.0);
     setWindowTitle(m_designTitle);
     if (wasShown || caption != m_designTitle) {
         emit unloaded(this, caption);
@@ -141,7 +227,7 @@ FormMontagePicture::FormMontagePicture(QWidget* owner)
     connect(mnuClose, &QAction::triggered, this, &PictureWindow::unload);
 }
 
-FormUsed::FormUsed(QWidget* owner) : QWidget(owner, Qt::Window) {
+FormUsed::FormUsed(QWidget* owner) : QWidget(owner, kOwnedWindow) {
     setWindowTitle(" Dominant image used for the Montage");
     QPalette p = palette();
     p.setColor(QPalette::Window, QColor(0xFF, 0x00, 0x00));
@@ -157,18 +243,27 @@ FormUsed::FormUsed(QWidget* owner) : QWidget(owner, Qt::Window) {
     LabelUsed->setAlignment(Qt::AlignLeft | Qt::AlignTop);
 }
 
-FormStatus::FormStatus(QWidget* owner) : QWidget(owner, Qt::Window | Qt::FramelessWindowHint) {
+FormStatus::FormStatus(QWidget* owner) : QWidget(owner, Qt::Dialog | Qt::FramelessWindowHint) {
     setAutoFillBackground(true);
-    LabelStatus = new QLabel("Image 1 = ", this);
+    LabelStatus = new QLabel(kStatusDesignText, this);
     QFont font("Times New Roman");
     font.setPointSize(9);
     LabelStatus->setFont(font);
     LabelStatus->move(0, 0);
+    LabelStatus->adjustSize();
+}
+
+void FormStatus::unload() {
+    hide();
+    LabelStatus->setText(kStatusDesignText);
+    LabelStatus->adjustSize();
 }
 
 void FormUsed::unload() {
     hide();
     LabelUsed->clear();
+    // A comparison's copy is found by its caption; an unloaded one must not be.
+    setWindowTitle(" Dominant image used for the Montage");
 }
 
 }  // namespace lumiquilt

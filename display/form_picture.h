@@ -8,14 +8,16 @@
 
 namespace lumiquilt {
 
-/// The picture control `PictureFile`: shows its picture one to one from the top
-/// left corner, the window's back colour around it, and no scroll bars.
+/// The picture control `PictureFile`: shows its picture from the top left corner,
+/// the window's back colour around it, and no scroll bars. A picture larger than the
+/// screen is shown reduced by the display scale; everything else about it (the
+/// marks, the mouse) stays in picture pixels.
 class PictureBox : public QWidget {
     Q_OBJECT
   public:
     explicit PictureBox(QWidget* parent);
 
-    /// Holds the picture; with autoSize the control takes the picture's size.
+    /// Holds the picture; with autoSize the control takes the picture's shown size.
     void setPicture(QImage picture);
     /// Removes the picture: the control then reads as blank (black) samples.
     void clearPicture();
@@ -24,23 +26,48 @@ class PictureBox : public QWidget {
 
     void setAutoSize(bool on) { m_autoSize = on; }
 
-    /// The target mark: two circles, outer and inner, in picture pixels.
-    std::array<QRect, 2> Shape1{QRect(0, 0, 26, 26), QRect(8, 8, 10, 10)};
+    /// Screen pixels per picture pixel, at most 1.
+    void setDisplayScale(double scale);
+    double displayScale() const { return m_scale; }
+
+    /// The target mark `Shape1`: member 0 the outer circle, 1 the inner one, in
+    /// picture pixels. They may stand anywhere, off the picture too.
+    const QRect& Shape1(int member) const { return m_shapes.at(static_cast<size_t>(member)); }
+    void moveShape(int member, int left, int top);
+    /// Both circles back at their design place.
+    void resetMarks();
     bool marksVisible() const { return m_marksVisible; }
     void setMarksVisible(bool visible);
     void setMarkColor(QColor color);
+    QColor markColor() const { return m_markColor; }
+
+    /// Mouse buttons as the handlers count them: left 1, right 2, middle 4.
+    enum Button { left = 1, right = 2, middle = 4 };
 
   signals:
-    /// A right-button release anywhere on the picture.
+    /// Mouse events with the button (for a move: the buttons held), the shift keys
+    /// (shift 1, control 2, alt 4) and the place in picture pixels.
+    void mouseDown(int button, int shift, float x, float y);
+    void mouseMove(int buttons, int shift, float x, float y);
+    void mouseUp(int button, int shift, float x, float y);
+    /// A right-button release anywhere on the picture, after mouseUp.
     void rightButtonReleased();
 
   protected:
     void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
 
   private:
+    QSize shownSize() const;
+    void fitToPicture();
+
     QImage m_picture;
+    QImage m_shown;  // the picture at the display scale, when that is below 1
+    double m_scale = 1.0;
     bool m_autoSize = false;
+    std::array<QRect, 2> m_shapes;
     bool m_marksVisible = false;
     QColor m_markColor = Qt::black;
 };
@@ -130,6 +157,9 @@ class FormStatus : public QWidget {
     explicit FormStatus(QWidget* owner);
 
     QLabel* LabelStatus = nullptr;
+
+    /// Hidden, with the label's design text.
+    void unload();
 };
 
 }  // namespace lumiquilt

@@ -84,11 +84,11 @@ class ScriptedModalUi : public ModalUi {
   public:
     std::vector<MessageRecord> messages;
     std::vector<FileDialogRequest> fileRequests;
+    /// The colour each colour dialog started from.
+    std::vector<uint32_t> colorRequests;
     std::vector<std::string> opened;
     std::vector<std::pair<std::string, QStringList>> started;
     std::vector<QImage> clipboard;
-    /// The colour each colour dialog started from.
-    std::vector<uint32_t> colorRequests;
 
     std::deque<MessageResult> messageAnswers;
     std::deque<std::optional<std::string>> fileAnswers;

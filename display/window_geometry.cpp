@@ -67,6 +67,26 @@ double windowHeightTwips(const QWidget* window, const ProgramState& state) {
            state.twipsPerPixel;
 }
 
+double displayScale(double pictureWidth, double pictureHeight, double availableWidth,
+                    double availableHeight, const ProgramState& state) {
+    const double roomX = availableWidth - 2.0 * state.sizingFrameHeight;
+    const double roomY = availableHeight - state.captionHeight - 2.0 * state.dialogFrameHeight;
+    double scale = 1.0;
+    if (pictureWidth > 0 && roomX > 0) {
+        scale = std::min(scale, roomX / pictureWidth);
+    }
+    if (pictureHeight > 0 && roomY > 0) {
+        scale = std::min(scale, roomY / pictureHeight);
+    }
+    return scale;
+}
+
+double screenDisplayScale(const ProgramState& state, double pictureWidth, double pictureHeight) {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    const QRect room = screen != nullptr ? screen->availableGeometry() : QRect(0, 0, 1024, 768);
+    return displayScale(pictureWidth, pictureHeight, room.width(), room.height(), state);
+}
+
 double screenWidthTwips(const ProgramState& state) {
     const QScreen* screen = QGuiApplication::primaryScreen();
     return (screen != nullptr ? screen->geometry().width() : 1024) *

@@ -47,6 +47,15 @@ void moveWindowTwips(QWidget* window, const ProgramState& state, double left, do
 double windowWidthTwips(const QWidget* window, const ProgramState& state);
 double windowHeightTwips(const QWidget* window, const ProgramState& state);
 
+/// Screen pixels per picture pixel for a window that shows a picture of width by
+/// height: 1 when the picture fits the available area less the window's frame and
+/// title, otherwise the factor that makes it fit. Everything the program stores or
+/// compares stays in picture pixels; only what is shown is scaled.
+double displayScale(double pictureWidth, double pictureHeight, double availableWidth,
+                    double availableHeight, const ProgramState& state);
+/// The same for the primary screen's available area.
+double screenDisplayScale(const ProgramState& state, double pictureWidth, double pictureHeight);
+
 /// The primary screen's size in twips.
 double screenWidthTwips(const ProgramState& state);
 double screenHeightTwips(const ProgramState& state);

@@ -2,11 +2,15 @@
 // the one road asks for.
 #include <QApplication>
 #include <QFontMetrics>
+#include <cmath>
+
+#include "engine/command_go.h"
 
 #include "core/form_montage.h"
 #include "core/text.h"
 #include "display/window_geometry.h"
 #include "engine/create_image.h"
+#include "engine/form_preview.h"
 #include "series/picture_io.h"
 
 namespace lumiquilt {
@@ -78,25 +82,47 @@ class CreateImageWindows : public CreateImageFront {
         f.hideSeriesWindows();
         f.unloadMethodWindows();
         f.montageWindow()->hide();
+        if (f.hasPreviewWindow()) {
+            f.previewWindow()->unload();
+        }
     }
     void forgetMissingFile(const std::string& name) override {
         f.recentFiles().forget(name, f.settings());
         f.refreshRecentMenu();
     }
     void arrangeWindows() override;
+    MarkCentre markCentre(int k) override { return f.offsets().markCentre(k); }
+    void montageResized() override;
+    void hideMontage() override { f.montageWindow()->hide(); }
     void clearUsedCaption() override { f.usedWindow()->LabelUsed->clear(); }
     void yieldEvents() override { f.yieldEvents(); }
     PictureView montagePicture() override {
         return viewOf(f.montageWindow()->PictureFile->picture());
     }
-    // The preview window draws its rows here once it exists; the run yields once a row.
-    void previewRow(int16_t /*y0*/) override { f.yieldEvents(); }
+    void startPreview() override {
+        f.previewWindow()->startProgress(s, [this] { f.yieldEvents(); });
+    }
+    // The only yield of the block loop: once for each preview row drawn.
+    void previewRow(int16_t y0) override {
+        if (f.previewWindow()->progressRow(s, y0)) {
+            f.yieldEvents();
+        }
+    }
     void showMontage() override {
         FormMontagePicture* montage = f.montageWindow();
-        montage->PictureFile->setPicture(paintMontage(s.buffers, static_cast<int>(s.imageWidth),
-                                                      static_cast<int>(s.imageHeight)));
+        const int width = static_cast<int>(s.imageWidth);
+        const int height = static_cast<int>(s.imageHeight);
+        // A minimum area can leave an empty montage: the window then shows none.
+        if (width > 0 && height > 0) {
+            montage->PictureFile->setPicture(paintMontage(s.buffers, width, height));
+        } else {
+            montage->PictureFile->clearPicture();
+        }
+        FormPreview* preview = f.previewWindow();
+        preview->paintPreview(s.buffers);
         montage->show();
         montage->raise();
+        preview->raise();
     }
     std::string usedCaption() override { return f.usedWindow()->LabelUsed->text().toStdString(); }
     void runReported(const std::string& completedName) override {
@@ -118,21 +144,42 @@ class CreateImageWindows : public CreateImageFront {
     bool m_busy = false;
 };
 
+namespace {
+
+// The montage as the window shows it: reduced when it is larger than the screen.
+struct ShownMontage {
+    double scale;
+    double width;
+    double height;
+};
+
+ShownMontage shownMontage(const ProgramState& s) {
+    const double scale = screenDisplayScale(s, s.imageWidth, s.imageHeight);
+    return {scale, s.imageWidth * scale, s.imageHeight * scale};
+}
+
+void fitMontagePicture(FormMontagePicture* montage, const ShownMontage& shown) {
+    montage->PictureFile->setDisplayScale(shown.scale);
+    montage->PictureFile->setGeometry(0, 0, static_cast<int>(std::lround(shown.width)),
+                                      static_cast<int>(std::lround(shown.height)));
+}
+
+}  // namespace
+
 void CreateImageWindows::arrangeWindows() {
     FormMontagePicture* montage = f.montageWindow();
     if (montage->isMinimized() || montage->isMaximized()) {
         montage->showNormal();
     }
     const double tpp = s.twipsPerPixel;
-    const double montageWidth = (2.0 * s.sizingFrameHeight + s.imageWidth) * tpp;
-    const double montageHeight =
-        (s.captionHeight + s.imageHeight + 2.0 * s.dialogFrameHeight) * tpp;
+    const ShownMontage shown = shownMontage(s);
+    const double montageWidth = (2.0 * s.sizingFrameHeight + shown.width) * tpp;
+    const double montageHeight = (s.captionHeight + shown.height + 2.0 * s.dialogFrameHeight) * tpp;
     moveWindowTwips(
         montage, s, screenWidthTwips(s) - montageWidth - s.sizingFrameHeight * tpp,
         (f.CommandGo->y() + f.CommandGo->height() + s.captionHeight + s.menuHeight) * tpp,
         montageWidth, montageHeight);
-    montage->PictureFile->setGeometry(0, 0, static_cast<int>(s.imageWidth),
-                                      static_cast<int>(s.imageHeight));
+    fitMontagePicture(montage, shown);
 
     FormUsed* used = f.usedWindow();
     if (s.showUsedWindow != 0) {
@@ -158,6 +205,22 @@ void CreateImageWindows::arrangeWindows() {
     used->LabelUsed->clear();
     f.placePictureWindows();
     montage->raise();
+}
+
+std::unique_ptr<CreateImageFront> createImageWindows(FormMontage& form) {
+    return std::make_unique<CreateImageWindows>(form);
+}
+
+void CreateImageWindows::montageResized() {
+    // Not quite the arrangement's place: the left edge leaves out the frames.
+    const double tpp = s.twipsPerPixel;
+    const ShownMontage shown = shownMontage(s);
+    moveWindowTwips(
+        f.montageWindow(), s, (screenWidthTwips(s) / tpp - shown.width - s.sizingFrameHeight) * tpp,
+        (f.CommandGo->y() + f.CommandGo->height() + s.captionHeight + s.menuHeight) * tpp,
+        (2.0 * s.sizingFrameHeight + shown.width) * tpp,
+        (s.captionHeight + shown.height + 2.0 * s.dialogFrameHeight) * tpp);
+    fitMontagePicture(f.montageWindow(), shown);
 }
 
 void FormMontage::CommandGo_Click() {

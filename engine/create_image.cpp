@@ -82,7 +82,7 @@ class Run {
         }
 
         m_stage = kStageOffsets;
-        const OffsetStep offsets = clearImageOffsets(s);
+        const OffsetStep offsets = offsetStep();
 
         m_stage = kStageNoOffsets;
         m_front.yieldEvents();
@@ -170,6 +170,38 @@ class Run {
             m_front.message(kFileMissingMessage, kFileMissingTitle, MessageIcon::exclamation);
             throw EndRunEarly{};
         }
+    }
+
+    // Stage 8100: the marks align the images, and minimum and maximum size the
+    // montage anew. The menus are read again: the queue ran while pictures loaded.
+    OffsetStep offsetStep() {
+        const RunChoices now = m_front.choices();
+        const OffsetMode mode =
+            offsetModeFrom(now.addOffsets, now.offsetsMin, now.offsetsMax, now.offsetsSame);
+        if (mode == OffsetMode::off) {
+            return clearImageOffsets(s);
+        }
+        m_stage = kStageTargetCentres;
+        collectTargetCentres(s, [this](int k) { return m_front.markCentre(k); });
+        m_stage = kStageOffsets;
+        const PictureView first = m_front.memberPicture(1);
+        const OffsetStep step = applyOffsetMode(s, mode, static_cast<float>(first.width),
+                                                static_cast<float>(first.height));
+        switch (step.outcome) {
+            case OffsetOutcome::noMinimumArea:
+                // The pictures stay loaded and offsets stay on, for another try.
+                m_front.message(kNoMinimumAreaMessage, kNoMinimumAreaTitle, MessageIcon::critical);
+                m_front.hideMontage();
+                throw EndRunEarly{};
+            case OffsetOutcome::noMaximumSize:
+                throw EndRunEarly{};
+            case OffsetOutcome::aligned:
+                break;
+        }
+        if (step.resizeMontage) {
+            m_front.montageResized();
+        }
+        return step;
     }
 
     void readBuffers() {

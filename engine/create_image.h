@@ -6,6 +6,7 @@
 
 #include "core/message.h"
 #include "core/program_state.h"
+#include "series/image_offsets.h"
 #include "series/pixel_buffers.h"
 #include "series/series_name.h"
 
@@ -65,6 +66,14 @@ class CreateImageFront {
     virtual void forgetMissingFile(const std::string& /*name*/) {}
     /// Sizes and places the windows for imageWidth by imageHeight.
     virtual void arrangeWindows() {}
+    /// The centre of image k's target mark as it stands now, in picture pixels, Y
+    /// downward; read when an offset mode is on.
+    virtual MarkCentre markCentre(int /*k*/) { return kDesignMarkCentre; }
+    /// In the minimum or maximum area the montage window takes imageWidth by
+    /// imageHeight, which the area may have changed.
+    virtual void montageResized() {}
+    /// The minimum area left nothing: the montage window goes.
+    virtual void hideMontage() {}
     /// Empties the caption of the used-blocks label.
     virtual void clearUsedCaption() {}
     /// Lets the window queue run once.

@@ -48,6 +48,15 @@ void loadPixelBuffers(ProgramState& state, const PictureView& montage, int monta
             }
         }
     }
+    // Passes 2 and up of an evaluation load no picture, and the commands that could
+    // change one are held off while the passes run: the buffer already holds what
+    // reading the same pictures again would put there.
+    if (state.evaluationPass >= 2 && b.seriesMaxImage == count &&
+        b.seriesMaxX == paddedBound(first.width) && b.seriesMaxY == paddedBound(first.height) &&
+        b.seriesPixels.size() ==
+            b.seriesRowBytes() * static_cast<std::size_t>(b.seriesMaxY + 1) * count) {
+        return;
+    }
     b.sizeSeries(first.width, first.height, count);
     // Each image fills its own part of the buffer, so two cores can share them.
     auto readEvery = [&](int start, int step) {
@@ -221,15 +230,6 @@ void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDo
 void smoothMontage(PixelBuffers& /*buffers*/, int /*slot*/, Flag /*fromMenu*/) {
     // Deliberately empty: smoothing is offered by settings and hidden commands, but
     // no smoothing rule has ever been defined, so the montage is left untouched.
-}
-
-OffsetStep clearImageOffsets(ProgramState& state) {
-    for (auto& axis : state.imageOffsets) {
-        axis.fill(0);
-    }
-    state.offsetBaseX = 0;
-    state.offsetBaseY = 0;
-    return OffsetStep{};
 }
 
 }  // namespace lumiquilt

@@ -7,6 +7,7 @@
 
 #include "core/program_state.h"
 #include "engine/measures.h"
+#include "series/image_offsets.h"
 #include "series/pixel_buffers.h"
 
 namespace lumiquilt {
@@ -70,13 +71,5 @@ void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDo
 /// The smoothing step behind the hidden commands and the "autoSmooth" setting.
 /// It changes no pixel; slot is a method window's number or 999 for the main one.
 void smoothMontage(PixelBuffers& buffers, int slot, Flag fromMenu);
-
-/// What an offset step gives a run: the shift added to every block row.
-struct OffsetStep {
-    int16_t rowShift = 0;
-};
-
-/// The offset step of a run when offsets are off: all offsets and bases zero.
-OffsetStep clearImageOffsets(ProgramState& state);
 
 }  // namespace lumiquilt

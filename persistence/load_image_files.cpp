@@ -25,7 +25,10 @@ std::string textOf(const QLineEdit* field) {
 
 void FormMontage::loadSeriesMember(int k, const std::string& fileName) {
     FormPicture* window = pictureWindow(k);
-    window->PictureFile->setPicture(loadPicture(fileName));
+    QImage picture = loadPicture(fileName);
+    window->PictureFile->setDisplayScale(
+        screenDisplayScale(m_state, picture.width(), picture.height()));
+    window->PictureFile->setPicture(std::move(picture));
     window->setWindowTitle(QString::fromStdString(
         "Image" + numberToText(static_cast<long long>(k)) + " -- " + fileName));
     if (window->isMinimized() || window->isMaximized()) {
@@ -36,14 +39,17 @@ void FormMontage::loadSeriesMember(int k, const std::string& fileName) {
 
 void FormMontage::placePictureWindows() {
     const ProgramState& s = m_state;
+    // Image 1's size, as the series shows it.
+    const double scale = screenDisplayScale(s, s.imageWidth, s.imageHeight);
+    const double width = s.imageWidth * scale;
+    const double height = s.imageHeight * scale;
     for (int k = 1; k <= s.imageCount; ++k) {
         FormPicture* window = pictureWindow(k);
         const double top =
             textFileName->y() + textFileName->height() + s.captionHeight + s.menuHeight + 20.0 * k;
-        moveWindowTwips(
-            window, s, (k - 1) * 20.0 * s.twipsPerPixel, top * s.twipsPerPixel,
-            (2.0 * s.sizingFrameHeight + s.imageWidth) * s.twipsPerPixel,
-            (s.captionHeight + s.imageHeight + 2.0 * s.dialogFrameHeight) * s.twipsPerPixel);
+        moveWindowTwips(window, s, (k - 1) * 20.0 * s.twipsPerPixel, top * s.twipsPerPixel,
+                        (2.0 * s.sizingFrameHeight + width) * s.twipsPerPixel,
+                        (s.captionHeight + height + 2.0 * s.dialogFrameHeight) * s.twipsPerPixel);
         window->PictureFile->raise();
         window->show();
         if (k <= kIgnorableImages) {
@@ -95,7 +101,9 @@ void FormMontage::mnuLoad_Click() {
         }
 
         stage = 400;
-        // The preview window comes with its own command; nothing else to unload here.
+        if (hasPreviewWindow()) {
+            previewWindow()->unload();
+        }
         const std::string name = completeSeriesName(textOf(textFileName), s.appPath);
         textFileName->setText(QString::fromStdString(name));
 

@@ -5,6 +5,7 @@
 
 #include "core/files.h"
 #include "core/form_montage.h"
+#include "core/numbers.h"
 #include "core/runtime_error.h"
 #include "core/text.h"
 #include "display/window_geometry.h"
@@ -64,22 +65,15 @@ class WindowRestore : public ProjectRestore {
     void placeMark(int n, double centreX, double centreY) override {
         PictureBox* box = f.pictureWindow(n)->PictureFile;
         box->setMarksVisible(true);
-        for (QRect& circle : box->Shape1) {
-            circle.moveTo(static_cast<int>(centreX) - circle.width() / 2,
-                          static_cast<int>(centreY) - circle.height() / 2);
+        for (int member = 0; member < 2; ++member) {
+            const QRect& circle = box->Shape1(member);
+            box->moveShape(member, toInt16(centreX - circle.width() / 2.0),
+                           toInt16(centreY - circle.height() / 2.0));
         }
-        box->update();
     }
     void marksPlaced() override {
-        // The strip goes to the foot of the main window, and then three frames higher.
-        const ProgramState& s = f.state();
-        FormStatus* status = f.statusWindow();
-        const int labelHeight = std::max(1, status->LabelStatus->height());
-        status->setGeometry(0, f.height() - status->height(), f.width(), labelHeight);
-        status->show();
-        status->setGeometry(0, f.height() - status->height() - 3 * s.dialogFrameHeight, f.width(),
-                            labelHeight);
-        status->raise();
+        f.offsets().updateTargetStatus();
+        f.offsets().placeStatusStrip();
     }
     void setOffsetDisplay(OffsetDisplay display) override {
         f.m.mnuActivateOffsetsMin->setChecked(display == OffsetDisplay::minimum);

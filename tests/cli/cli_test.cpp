@@ -49,6 +49,18 @@ TEST(Cli, UsageErrorsExitTwo) {
         {"montage", "s1.png", "--frobnicate"},
         {"montage", "s1.png", "s2.png"},
         {"montage", "s1.png", "--offsets", "middle"},
+        {"montage", "s1.png", "--all-methods"},
+        {"compare", "s1.png", "--all-methods"},
+        {"compare"},
+        {"evaluate", "s1.png", "-m", "9"},
+        {"montage", "s1.png", "--offsets"},
+        {"montage", "s1.png", "--mark", "0:1,2"},
+        {"montage", "s1.png", "--mark", "31:1,2"},
+        {"montage", "s1.png", "--mark", "1:12"},
+        {"montage", "s1.png", "--mark", "1:a,2"},
+        {"montage", "s1.png", "--mark", "1:2,3,4"},
+        {"montage", "s1.png", "--mark", "1:2.5,3"},
+        {"montage", "s1.png", "--mark"},
     };
     for (const auto& args : rows) {
         const CliRun r = cli(args, dir.root());
@@ -94,6 +106,29 @@ TEST(Cli, ReportAndScore) {
     // Six digits after the point.
     const std::string score = r.out.substr(r.out.find("score ") + 6);
     EXPECT_EQ(score.size() - score.find('.') - 1, 7u) << score;  // six digits and the newline
+}
+
+TEST(Cli, OffsetsReportTheMarksAndTheDesignPlace) {
+    TestFolder dir;
+    makeSeries(dir, 3);
+    const CliRun r = cli({"montage", "s1.png", "--offsets", "max", "--mark", "3:-4,50", "--mark",
+                          "2:1,1", "--mark", "2:20,9", "--report", "-"},
+                         dir.root());
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_NE(r.out.find("  Smoothing =no \r\n"
+                         "  Offset display method =Maximum\r\n"
+                         "  Image 1 offset X =13\r\n  Image 1 offset Y =13\r\n"
+                         "  Image 2 offset X =20\r\n  Image 2 offset Y =9\r\n"
+                         "  Image 3 offset X =-4\r\n  Image 3 offset Y =50\r\n"
+                         "  Montage made from"),
+              std::string::npos)
+        << r.out;
+    // The maximum area: 40 + 24 + 3 by 30 + 41 + 3, down to multiples of 4.
+    const CliRun written = cli({"montage", "s1.png", "--offsets", "max", "--mark", "3:-4,50",
+                                "--mark", "2:20,9", "-o", "m.png"},
+                               dir.root());
+    ASSERT_EQ(written.code, 0) << written.err;
+    EXPECT_EQ(QImage(QString::fromStdString(dir.path("m.png"))).size(), QSize(64, 72));
 }
 
 TEST(Cli, FlatSeriesScoresZero) {
@@ -179,6 +214,143 @@ TEST(Cli, ImageOfAnotherSizeWarnsAndGoesOn) {
         r.err,
         "Image 2 has a different dimension (20,10) from Image 1 (40,30).   All images must be "
         "the same size.\n");
+}
+
+// The lines of a run's standard output.
+std::vector<std::string> linesOf(const std::string& out) {
+    std::vector<std::string> lines;
+    std::istringstream in(out);
+    for (std::string line; std::getline(in, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+// "name 12.345678" gives 12.345678; false when the line isn't that shape.
+bool scoreOfLine(const std::string& line, const std::string& head, double& score) {
+    if (line.rfind(head, 0) != 0) {
+        return false;
+    }
+    const std::string number = line.substr(head.size());
+    const size_t dot = number.find('.');
+    if (dot == std::string::npos || number.size() - dot - 1 != 6) {
+        return false;
+    }
+    score = std::stod(number);
+    return true;
+}
+
+TEST(Cli, CompareRunsTheSevenMethodsAndWritesTheBest) {
+    TestFolder dir;
+    makeSeries(dir, 3, 50, 40);
+    const CliRun r = cli(
+        {"compare", "s1.png", "-i", "8", "-o", "best.png", "--report", "-", "--score"}, dir.root());
+    ASSERT_EQ(r.code, 0) << r.err;
+    const std::vector<std::string> lines = linesOf(r.out);
+    ASSERT_GE(lines.size(), 9u);
+    double best = 1e9;
+    int bestMethod = -1;
+    for (int i = 0; i < 7; ++i) {
+        const int method = 6 - i;
+        double score = 0;
+        ASSERT_TRUE(scoreOfLine(lines[static_cast<size_t>(i)],
+                                "method " + std::to_string(method) + " ", score))
+            << lines[static_cast<size_t>(i)];
+        if (score < best) {
+            best = score;
+            bestMethod = method;
+        }
+    }
+    const char* captions[] = {"3D Color Space Focus",     "Absolute Color Difference",
+                              "Average Color Difference", "Linear Color Focus",
+                              "Preference Red Focus",     "Preference Green Focus",
+                              "Preference Blue Focus"};
+    EXPECT_EQ(lines[7], "best " + std::to_string(bestMethod) + " " + captions[bestMethod]);
+    // The report and the score are those of the best method's montage, which is the
+    // montage that method makes alone.
+    EXPECT_NE(r.out.find("  Montage method used =" + std::to_string(bestMethod) + " ("),
+              std::string::npos);
+    double scored = 0;
+    ASSERT_TRUE(scoreOfLine(lines.back(), "score ", scored));
+    EXPECT_EQ(scored, best);
+    const CliRun alone = cli({"montage", "s1.png", "-i", "8", "-m", std::to_string(bestMethod),
+                              "-o", "alone.png", "--score"},
+                             dir.root());
+    ASSERT_EQ(alone.code, 0);
+    EXPECT_EQ(alone.out, lines.back() + "\n");
+    EXPECT_EQ(QImage(QString::fromStdString(dir.path("best.png"))),
+              QImage(QString::fromStdString(dir.path("alone.png"))));
+}
+
+TEST(Cli, EvaluateTriesTheIncrementsOfTheWidthARunLeaves) {
+    TestFolder dir;
+    makeSeries(dir, 2, 130, 30);  // 130 / 6 rounds to 22: increments 10 and 20
+    const CliRun r = cli({"evaluate", "s1.png", "-m", "3", "-o", "best.png"}, dir.root());
+    ASSERT_EQ(r.code, 0) << r.err;
+    const std::vector<std::string> lines = linesOf(r.out);
+    ASSERT_EQ(lines.size(), 3u) << r.out;
+    double at10 = 0;
+    double at20 = 0;
+    ASSERT_TRUE(scoreOfLine(lines[0], "increment 10 ", at10));
+    ASSERT_TRUE(scoreOfLine(lines[1], "increment 20 ", at20));
+    EXPECT_EQ(lines[2], at20 < at10 ? "best 3 20" : "best 3 10");
+    const CliRun alone =
+        cli({"montage", "s1.png", "-m", "3", "-i", at20 < at10 ? "20" : "10", "-o", "alone.png"},
+            dir.root());
+    EXPECT_EQ(QImage(QString::fromStdString(dir.path("best.png"))),
+              QImage(QString::fromStdString(dir.path("alone.png"))));
+}
+
+TEST(Cli, EvaluateAllMethodsNamesEachMethodFirst) {
+    TestFolder dir;
+    makeSeries(dir, 2, 70, 30);  // 70 / 6 rounds to 12: increment 10 only
+    const CliRun r = cli({"evaluate", "s1.png", "--all-methods"}, dir.root());
+    ASSERT_EQ(r.code, 0) << r.err;
+    const std::vector<std::string> lines = linesOf(r.out);
+    ASSERT_EQ(lines.size(), 15u) << r.out;
+    double best = 1e9;
+    int bestMethod = -1;
+    for (int i = 0; i < 7; ++i) {
+        EXPECT_EQ(lines[static_cast<size_t>(2 * i)], "method " + std::to_string(6 - i));
+        double score = 0;
+        ASSERT_TRUE(scoreOfLine(lines[static_cast<size_t>(2 * i + 1)], "increment 10 ", score));
+        if (score < best) {
+            best = score;
+            bestMethod = 6 - i;
+        }
+    }
+    EXPECT_EQ(lines[14], "best " + std::to_string(bestMethod) + " 10");
+}
+
+TEST(Cli, EvaluateOfANarrowSeriesTriesNothing) {
+    TestFolder dir;
+    makeSeries(dir, 2, 50, 30);  // 50 / 6 is below 10
+    const CliRun r = cli({"evaluate", "s1.png", "-m", "4", "-i", "5", "-o", "m.png"}, dir.root());
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(r.out, "best 4 0\n");
+    // The montage written is the one the run with the given options made.
+    cli({"montage", "s1.png", "-m", "4", "-i", "5", "-o", "alone.png"}, dir.root());
+    EXPECT_EQ(QImage(QString::fromStdString(dir.path("m.png"))),
+              QImage(QString::fromStdString(dir.path("alone.png"))));
+}
+
+TEST(Cli, ComparisonsThatCannotRunExitOne) {
+    TestFolder dir;
+    makeSeries(dir, 2);
+    testing::writeBytes(dir.path("bad1.png"), "no picture");
+    const std::vector<std::vector<std::string>> rows = {
+        {"compare", "gone1.png"},
+        {"evaluate", "gone1.png"},
+        {"compare", "bad1.png"},
+        {"evaluate", "bad1.png", "--all-methods"},
+        {"compare", "s1.png", "-i", "99999"},
+    };
+    for (const auto& args : rows) {
+        const CliRun r = cli(args, dir.root());
+        EXPECT_EQ(r.code, 1) << ::testing::PrintToString(args);
+        EXPECT_TRUE(r.out.empty()) << ::testing::PrintToString(args);
+        EXPECT_FALSE(r.err.empty()) << ::testing::PrintToString(args);
+    }
 }
 
 TEST(Cli, UnwritableOutputFailsCleanly) {

@@ -209,6 +209,7 @@ TEST_F(WindowsTest, ClosingWindowsInAnyOrderIsSafe) {
     form().usedWindow()->close();
     form().pictureWindow(1)->mnuClose->trigger();
     form().pictureWindow(3)->close();
+    form().previewWindow()->close();
     form().updateWindowMenu();
     EXPECT_EQ(visibleEntries(form().m.mnuWindow).size(), 0u);
     EXPECT_TRUE(visibleEntries2().empty());

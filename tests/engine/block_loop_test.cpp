@@ -185,6 +185,131 @@ TEST(BlockLoop, OffsetsShiftTheSampleAndTheCopy) {
     EXPECT_EQ(sourceOf(s, 6, 0), 0);
 }
 
+// A scene that pictures are cut from: every point has its own colour, never black,
+// at any place, negative ones too.
+struct ScenePixel {
+    int red, green, blue;
+    bool operator==(const ScenePixel&) const = default;
+};
+
+ScenePixel sceneAt(int x, int yDown) {
+    const unsigned h =
+        (static_cast<unsigned>(x) * 73856093u) ^ (static_cast<unsigned>(yDown) * 19349663u);
+    return {static_cast<int>(h % 255) + 1, static_cast<int>((h >> 8) % 255) + 1,
+            static_cast<int>((h >> 16) % 255) + 1};
+}
+
+// A series of width by height pictures; image k shows the scene moved right by
+// shifts[k-1].x and down by shifts[k-1].y, and its mark sits on the scene point
+// (20, 15), so a mark centre is (20 + dx, 15 + dy).
+struct ShiftedSeries {
+    ProgramState s;
+    std::vector<MarkCentre> centres;
+};
+
+ShiftedSeries shiftedSeries(int width, int height, const std::vector<std::pair<int, int>>& shifts) {
+    ShiftedSeries out{makeState(width, height, static_cast<int>(shifts.size()), 4), {}};
+    for (size_t i = 0; i < shifts.size(); ++i) {
+        const auto [dx, dy] = shifts[i];
+        for (int yDown = 0; yDown < height; ++yDown) {
+            for (int x = 0; x < width; ++x) {
+                const ScenePixel p = sceneAt(x - dx, yDown - dy);
+                setPixel(out.s, static_cast<int>(i) + 1, x, height - 1 - yDown, p.red, p.green,
+                         p.blue);
+            }
+        }
+        out.centres.push_back({20.0 + dx, 15.0 + dy});
+    }
+    return out;
+}
+
+struct ShiftRow {
+    const char* name;
+    OffsetMode mode;
+    std::vector<std::pair<int, int>> shifts;
+    int increment;
+    int newWidth, newHeight;
+    bool everyPixelCovered;
+    friend void PrintTo(const ShiftRow& row, std::ostream* os) { *os << row.name; }
+};
+
+class ShiftedBlockLoop : public ::testing::TestWithParam<ShiftRow> {};
+
+// Whichever image gives a block, the montage shows the scene at one place: the
+// sample and the copy are shifted alike, and only real picture pixels are copied.
+TEST_P(ShiftedBlockLoop, EveryCopiedPixelShowsTheSameScenePoint) {
+    const ShiftRow& r = GetParam();
+    const int width = 48;
+    const int height = 40;
+    ShiftedSeries series = shiftedSeries(width, height, r.shifts);
+    ProgramState& s = series.s;
+    collectTargetCentres(s, [&](int k) { return series.centres.at(static_cast<size_t>(k - 1)); });
+    const OffsetStep step = applyOffsetMode(s, r.mode, width, height);
+    ASSERT_EQ(step.outcome, OffsetOutcome::aligned);
+    EXPECT_EQ(s.imageWidth, r.newWidth);
+    EXPECT_EQ(s.imageHeight, r.newHeight);
+    s.buffers.sizeMontage(static_cast<int>(s.imageWidth), static_cast<int>(s.imageHeight));
+    s.increment = static_cast<int16_t>(r.increment);
+    runBlockLoop(s, step.rowShift, nullptr);
+
+    // The marks sit on scene point (20, 15): montage (x, y) shows the scene point
+    // that lies (x - base, rows up from the picture's foot) away from it.
+    const int x1 = 20;
+    const int y1 = 15;
+    int copied = 0;
+    for (int y = 0; y <= s.buffers.montageMaxY; ++y) {
+        for (int x = 0; x <= s.buffers.montageMaxX; ++x) {
+            const ScenePixel got{s.buffers.redAt(x, y, 100), s.buffers.greenAt(x, y, 100),
+                                 s.buffers.blueAt(x, y, 100)};
+            const bool inside = x < r.newWidth && y < r.newHeight;
+            if (got == ScenePixel{0, 0, 0}) {
+                EXPECT_FALSE(r.everyPixelCovered && inside) << x << "," << y;
+                continue;
+            }
+            ++copied;
+            const ScenePixel want = sceneAt(x + x1 - s.offsetBaseX,
+                                            height - 1 - y - step.rowShift - s.offsetBaseY + y1);
+            ASSERT_EQ(got, want) << r.name << " at " << x << "," << y;
+        }
+    }
+    EXPECT_GT(copied, r.newWidth * r.newHeight / 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Offsets, ShiftedBlockLoop,
+    ::testing::Values(
+        // Spread 7 across, 5 down: 48 - 7 = 41 -> 40, 40 - 5 = 35 -> 32.
+        ShiftRow{"Minimum", OffsetMode::minimum, {{0, 0}, {3, -2}, {-4, 3}}, 8, 40, 32, true},
+        ShiftRow{
+            "MinimumByPixel", OffsetMode::minimum, {{0, 0}, {3, -2}, {-4, 3}}, 1, 40, 32, true},
+        // 48 + 7 + 3 = 58 -> 56, 40 + 5 + 3 = 48.
+        ShiftRow{"Maximum", OffsetMode::maximum, {{0, 0}, {3, -2}, {-4, 3}}, 8, 56, 48, false},
+        ShiftRow{"MaximumLargeIncrement", OffsetMode::maximum, {{0, 0}, {9, 6}}, 50, 60, 48, false},
+        ShiftRow{"Same", OffsetMode::same, {{0, 0}, {3, -2}, {-4, 3}}, 7, 48, 40, false},
+        ShiftRow{"SameImageOneFarRight", OffsetMode::same, {{11, 9}, {0, 0}}, 5, 48, 40, false}),
+    [](const ::testing::TestParamInfo<ShiftRow>& info) { return std::string(info.param.name); });
+
+TEST(BlockLoop, NegativeSampleOffersNothing) {
+    // Maximum area: image 1's mark is 6 left of image 2's, so its samples run 6
+    // behind and are negative up to x = 5. There image 2 gives the blocks, although
+    // image 1 scores better wherever it has a pixel.
+    ProgramState s = makeState(16, 8, 2, 4);
+    fillImage(s, 1, 100, 0, 0);
+    fillImage(s, 2, 50, 0, 0);
+    collectTargetCentres(s, [](int k) { return MarkCentre{k == 1 ? 13.0 : 19.0, 13.0}; });
+    const OffsetStep step = applyOffsetMode(s, OffsetMode::maximum, 16, 8);
+    ASSERT_EQ(s.imageWidth, 24);
+    s.buffers.sizeMontage(static_cast<int>(s.imageWidth), static_cast<int>(s.imageHeight));
+    s.increment = 4;
+    runBlockLoop(s, step.rowShift, nullptr);
+    const std::pair<int, int> rows[] = {{0, 50}, {5, 50}, {8, 100}, {21, 100}, {22, 0}, {23, 0}};
+    for (const auto& [x, red] : rows) {
+        // Past image 1's last column the winner's block is cut: the montage keeps
+        // what it held, though image 2 would reach there.
+        EXPECT_EQ(s.buffers.redAt(x, 0, 100), red) << x;
+    }
+}
+
 TEST(BlockLoop, SamplePositionBeyondSixteenBitsIsToldAndPassedOver) {
     ProgramState s = makeState(8, 8, 2, 4);
     fillImage(s, 1, 10, 0, 0);

@@ -75,6 +75,151 @@ TEST_F(CreateImageTest, WindowProgramAndCliMakeTheSameMontage) {
     }
 }
 
+// A bracket taken by hand: image k moved by shifts[k - 1], its mark on the feature
+// that image 1's mark covers at the design place (13, 13).
+class OffsetRunTest : public CreateImageTest {
+  protected:
+    void makeBracket() {
+        const double gains[] = {0.6, 1.0, 1.7};
+        for (int k = 1; k <= 3; ++k) {
+            const auto [dx, dy] = shifts[k - 1];
+            testing::savePictureFile(testing::shiftedScene(64, 48, dx, dy, gains[k - 1]),
+                                     dir.path("h" + std::to_string(k) + ".png"));
+        }
+    }
+    void placeMarks() {
+        for (int k = 2; k <= 3; ++k) {
+            PictureBox* box = form().pictureWindow(k)->PictureFile;
+            const auto [dx, dy] = shifts[k - 1];
+            box->moveShape(0, dx, dy);
+            box->moveShape(1, dx + 8, dy + 8);
+        }
+    }
+    std::vector<std::string> markOptions() {
+        std::vector<std::string> options;
+        for (int k = 2; k <= 3; ++k) {
+            const auto [dx, dy] = shifts[k - 1];
+            options.insert(options.end(),
+                           {"--mark", std::to_string(k) + ":" + std::to_string(13 + dx) + "," +
+                                          std::to_string(13 + dy)});
+        }
+        return options;
+    }
+    const std::pair<int, int> shifts[3] = {{0, 0}, {5, -3}, {-4, 6}};
+};
+
+TEST_F(OffsetRunTest, WindowProgramAndCliAlignAlike) {
+    makeBracket();
+    create(dir.path("h1.png"), "6");
+    placeMarks();
+    form().m.mnuAddOffsets->trigger();
+    struct Row {
+        const char* option;
+        QAction* entry;
+        QSize size;
+        bool ignoreTwo;
+    };
+    // Spread 9 across (-4 to 5) and 9 down (-3 to 6).
+    const Row rows[] = {
+        {"min", form().m.mnuActivateOffsetsMin, QSize(52, 36), false},
+        {"max", form().m.mnuActivateOffsetsMax, QSize(76, 60), false},
+        {"same", form().m.mnuActivateOffsetsSame, QSize(64, 48), false},
+        // Image 2 out: spread 4 across and 6 down.
+        {"max", form().m.mnuActivateOffsetsMax, QSize(68, 56), true},
+    };
+    for (const Row& row : rows) {
+        if (!row.entry->isChecked()) {
+            row.entry->trigger();
+        }
+        if (form().m.mnuignoreImage[1]->isChecked() != row.ignoreTwo) {
+            form().m.mnuignoreImage[1]->trigger();
+        }
+        create(dir.path("h1.png"), "6");
+        ASSERT_TRUE(ui.messages.empty()) << lastMessage().text;
+        EXPECT_EQ(montage().size(), row.size) << row.option;
+        EXPECT_EQ(form().montageWindow()->PictureFile->size(), row.size) << row.option;
+
+        std::vector<std::string> args = {"montage", dir.path("h1.png"), "-i",
+                                         "6",       "--offsets",        row.option};
+        const std::vector<std::string> marks = markOptions();
+        args.insert(args.end(), marks.begin(), marks.end());
+        if (row.ignoreTwo) {
+            args.insert(args.end(), {"--ignore", "2"});
+        }
+        const std::string outFile = dir.path(std::string("cli-") + row.option + ".png");
+        args.insert(args.end(), {"-o", outFile, "--report", "-"});
+        std::ostringstream out;
+        std::ostringstream err;
+        ASSERT_EQ(runCli(args, "/", out, err), 0) << err.str();
+        EXPECT_EQ(QImage(QString::fromStdString(outFile)).convertToFormat(QImage::Format_RGB888),
+                  montage().convertToFormat(QImage::Format_RGB888))
+            << row.option;
+        EXPECT_EQ(out.str(), state.propertiesString) << row.option;
+        EXPECT_NE(out.str().find("  Image 3 offset X =9\r\n  Image 3 offset Y =19\r\n"),
+                  std::string::npos)
+            << out.str();
+    }
+}
+
+TEST_F(OffsetRunTest, MontageWindowTakesTheNewSize) {
+    makeBracket();
+    create(dir.path("h1.png"), "6");
+    placeMarks();
+    form().m.mnuAddOffsets->trigger();
+    form().m.mnuActivateOffsetsMin->trigger();
+    create(dir.path("h1.png"), "6");
+    const FormMontagePicture* w = form().montageWindow();
+    const int screenWidth = QGuiApplication::primaryScreen()->geometry().width();
+    // Its left edge leaves out the frames, unlike the arrangement's.
+    EXPECT_EQ(w->x(), screenWidth - 52 - state.sizingFrameHeight);
+    EXPECT_EQ(w->size(), QSize(52, 36));
+    EXPECT_TRUE(w->isVisible());
+}
+
+TEST_F(OffsetRunTest, MarksWithoutOffsetsChangeNothing) {
+    makeBracket();
+    std::ostringstream plain;
+    std::ostringstream marked;
+    std::ostringstream err;
+    ASSERT_EQ(runCli({"montage", dir.path("h1.png"), "-o", dir.path("a.png"), "--report", "-"}, "/",
+                     plain, err),
+              0);
+    ASSERT_EQ(runCli({"montage", dir.path("h1.png"), "--mark", "2:40,2", "-o", dir.path("b.png"),
+                      "--report", "-"},
+                     "/", marked, err),
+              0);
+    EXPECT_EQ(plain.str(), marked.str());
+    EXPECT_EQ(QImage(QString::fromStdString(dir.path("a.png"))),
+              QImage(QString::fromStdString(dir.path("b.png"))));
+}
+
+TEST_F(OffsetRunTest, MinimumWithNothingLeftKeepsThePicturesAndTheOffsets) {
+    makeBracket();
+    create(dir.path("h1.png"), "6");
+    form().pictureWindow(2)->PictureFile->moveShape(0, 80, 0);  // 64 - 80 leaves nothing
+    form().m.mnuAddOffsets->trigger();
+    form().m.mnuActivateOffsetsMin->trigger();
+    create(dir.path("h1.png"), "6");
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text,
+              "I cannot continue with this selected 'minimum area' for the offsets, as with these "
+              "offset positions there is no image.");
+    EXPECT_EQ(lastMessage().title, "Change the area from the 'minimum'.");
+    EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
+    EXPECT_FALSE(form().montageWindow()->isVisible());
+    EXPECT_EQ(visiblePictureWindows(), 3);
+    EXPECT_TRUE(form().m.mnuAddOffsets->isChecked());
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+    EXPECT_FALSE(form().runInProgress());
+
+    std::ostringstream out;
+    std::ostringstream err;
+    EXPECT_EQ(runCli({"montage", dir.path("h1.png"), "--offsets", "min", "--mark", "2:93,13"}, "/",
+                     out, err),
+              1);
+    EXPECT_EQ(err.str(), lastMessage().text + "\n");
+}
+
 TEST_F(CreateImageTest, IncrementTexts) {
     makeSeries("s", 2);
     const std::pair<const char*, const char*> rows[] = {

@@ -39,6 +39,7 @@ class ScriptedFront : public CreateImageFront {
     std::vector<std::string> log;
     std::vector<std::string> messages;
     std::function<void(int k)> afterLoad;
+    std::map<int, MarkCentre> marks;  // images without one keep the design place
 
     RunChoices choices() override { return chosen; }
     void setIncrementText(const std::string& text) override { chosen.incrementText = text; }
@@ -70,6 +71,12 @@ class ScriptedFront : public CreateImageFront {
     void hideLastRun(const std::string&) override { log.push_back("hide"); }
     void forgetMissingFile(const std::string&) override { log.push_back("forget"); }
     void arrangeWindows() override { log.push_back("arrange"); }
+    MarkCentre markCentre(int k) override {
+        const auto found = marks.find(k);
+        return found == marks.end() ? kDesignMarkCentre : found->second;
+    }
+    void montageResized() override { log.push_back("resized"); }
+    void hideMontage() override { log.push_back("hide montage"); }
     void startPreview() override { log.push_back("preview"); }
     void showMontage() override { log.push_back("show"); }
     void runReported(const std::string&) override { log.push_back("reported"); }
@@ -234,6 +241,108 @@ TEST_F(CreateImageRoad, ProjectMontageSkipsTheBlockLoopOnce) {
     EXPECT_EQ(std::count(front.log.begin(), front.log.end(), "preview"), 0);
     EXPECT_EQ(std::count(front.log.begin(), front.log.end(), "reported"), 1);
     EXPECT_FALSE(state.propertiesString.empty());
+}
+
+class CreateImageOffsets : public CreateImageRoad {
+  public:
+    void SetUp() override {
+        CreateImageRoad::SetUp();
+        front.chosen.addOffsets = true;
+    }
+    void mode(bool min, bool max, bool same) {
+        front.chosen.offsetsMin = min;
+        front.chosen.offsetsMax = max;
+        front.chosen.offsetsSame = same;
+    }
+    int count(const std::string& entry) const {
+        return static_cast<int>(std::count(front.log.begin(), front.log.end(), entry));
+    }
+};
+
+TEST_F(CreateImageOffsets, MinimumShrinksOnceAndReportsTheCentres) {
+    makeSeries(3);  // 12 by 8
+    mode(true, false, false);
+    front.marks[2] = {17, 14};
+    front.marks[3] = {11.5, 12};  // rounds to 12
+    ASSERT_EQ(run(path("s1.bmp")), RunEnd::completed);
+    EXPECT_TRUE(front.messages.empty());
+    // Spread 5 across and 2 down: 12 - 5 = 7 -> 4, 8 - 2 = 6 -> 4.
+    EXPECT_EQ(state.imageWidth, 4);
+    EXPECT_EQ(state.imageHeight, 4);
+    EXPECT_EQ(count("resized"), 1);
+    EXPECT_EQ(state.offsetBaseX, 12);
+    EXPECT_EQ(state.offsetBaseY, 12);
+    const std::string offsetLines =
+        "  Offset display method =Minimum\r\n"
+        "  Image 1 offset X =13\r\n  Image 1 offset Y =13\r\n"
+        "  Image 2 offset X =17\r\n  Image 2 offset Y =14\r\n"
+        "  Image 3 offset X =12\r\n  Image 3 offset Y =12\r\n";
+    EXPECT_NE(state.propertiesString.find("  Smoothing =no \r\n" + offsetLines +
+                                          "  Montage made from dominant image numbers:"),
+              std::string::npos)
+        << state.propertiesString;
+
+    // A second run reloads the full size and comes to the same place.
+    ASSERT_EQ(run(path("s1.bmp")), RunEnd::completed);
+    EXPECT_EQ(state.imageWidth, 4);
+    // A later evaluation pass neither shrinks again nor restores.
+    state.evaluationPass = 2;
+    ASSERT_EQ(run(path("s1.bmp")), RunEnd::completed);
+    EXPECT_EQ(state.imageWidth, 4);
+    EXPECT_EQ(state.imageHeight, 4);
+}
+
+TEST_F(CreateImageOffsets, NoDisplayEntryAppliesNothingButReportsZeros) {
+    makeSeries(2);
+    mode(false, false, false);
+    front.marks[2] = {30, 3};
+    state.offsetX(2) = 5;  // a last run's value is cleared
+    ASSERT_EQ(run(path("s1.bmp")), RunEnd::completed);
+    EXPECT_EQ(state.imageWidth, 12);
+    EXPECT_EQ(state.offsetX(2), 0);
+    EXPECT_EQ(count("resized"), 0);
+    EXPECT_EQ(state.propertiesString.find("Offset display method"), std::string::npos);
+    EXPECT_NE(state.propertiesString.find("  Image 2 offset X =0\r\n  Image 2 offset Y =0\r\n"),
+              std::string::npos);
+}
+
+TEST_F(CreateImageOffsets, MinimumWithNothingLeftEndsWithItsMessage) {
+    makeSeries(2);
+    mode(true, false, false);
+    front.marks[2] = {13 + 40, 13};  // 12 - 40 leaves no picture
+    state.sizingFrameHeight = 4;
+    EXPECT_EQ(run(path("s1.bmp")), RunEnd::endedEarly);
+    ASSERT_EQ(front.messages.size(), 1u);
+    EXPECT_EQ(front.messages[0],
+              "I cannot continue with this selected 'minimum area' for the offsets, as with these "
+              "offset positions there is no image. | Change the area from the 'minimum'. | 1");
+    EXPECT_EQ(count("hide montage"), 1);
+    EXPECT_EQ(count("preview"), 0);
+    EXPECT_EQ(count("closed"), 0);
+    EXPECT_EQ(front.log.back(), "idle");
+    EXPECT_EQ(state.imageCount, 2);  // the pictures stay loaded
+}
+
+TEST_F(CreateImageOffsets, MaximumWithoutASizeEndsSilently) {
+    const std::string name = path("z1.bmp");
+    std::ofstream(name) << "x";
+    front.pictures[name] = solid(0, 8, 1, 2, 3);
+    mode(false, true, false);
+    EXPECT_EQ(run(name), RunEnd::endedEarly);
+    EXPECT_TRUE(front.messages.empty());
+    EXPECT_EQ(count("preview"), 0);
+    EXPECT_EQ(count("resized"), 0);
+    EXPECT_EQ(front.log.back(), "idle");
+}
+
+TEST_F(CreateImageOffsets, MarkBeyondSixteenBitsIsAGeneralMessage) {
+    makeSeries(1);
+    mode(false, false, true);
+    front.marks[1] = {13, 40000};
+    EXPECT_EQ(run(path("s1.bmp")), RunEnd::stopped);
+    ASSERT_EQ(front.messages.size(), 1u);
+    EXPECT_EQ(front.messages[0],
+              "error 6 (Overflow) at line 21050 of CommandGo | Nobody's Perfect | 1");
 }
 
 }  // namespace

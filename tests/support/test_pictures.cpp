@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <fstream>
@@ -40,6 +41,26 @@ QImage patternPicture(int width, int height, int seed) {
             row[3 * x] = static_cast<uchar>((x * 7 + seed * 31) & 0xFF);
             row[3 * x + 1] = static_cast<uchar>((y * 5 + seed * 17) & 0xFF);
             row[3 * x + 2] = static_cast<uchar>(((x + y) * 3 + seed * 53) & 0xFF);
+        }
+    }
+    return image;
+}
+
+QImage shiftedScene(int width, int height, int dx, int dy, double gain) {
+    QImage image(width, height, QImage::Format_RGB888);
+    for (int y = 0; y < height; ++y) {
+        uchar* row = image.scanLine(y);
+        for (int x = 0; x < width; ++x) {
+            const unsigned sx = static_cast<unsigned>(x - dx);
+            const unsigned sy = static_cast<unsigned>(y - dy);
+            // Smooth gradients with some texture, so that the measures differ by place.
+            const unsigned texture = ((sx * 2654435761u) ^ (sy * 40503u)) >> 28;
+            const double base[3] = {static_cast<double>((sx * 3 + texture) & 0xFF),
+                                    static_cast<double>((sy * 4 + texture) & 0xFF),
+                                    static_cast<double>(((sx + sy) * 2) & 0xFF)};
+            for (int c = 0; c < 3; ++c) {
+                row[3 * x + c] = static_cast<uchar>(std::min(255.0, base[c] * gain));
+            }
         }
     }
     return image;

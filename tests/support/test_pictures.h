@@ -27,6 +27,10 @@ class TestFolder {
 /// so that pictures of one size still differ.
 QImage patternPicture(int width, int height, int seed);
 
+/// A picture of one fixed scene, moved right by dx and down by dy and brightened by
+/// gain (1.0 keeps it): a series of these is a bracket taken by hand.
+QImage shiftedScene(int width, int height, int dx, int dy, double gain);
+
 /// A picture in one colour.
 QImage flatPicture(int width, int height, QColor color);
 

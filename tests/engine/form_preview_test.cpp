@@ -1,0 +1,194 @@
+// The preview window: its progress during a run, the two Show Preview commands, and
+// its place in the Window menu.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "engine/form_preview.h"
+#include "engine/preview.h"
+#include "support/ui_fixture.h"
+
+namespace lumiquilt {
+namespace {
+
+using testing::UiTest;
+
+class PreviewTest : public UiTest {
+  protected:
+    void SetUp() override {
+        UiTest::SetUp();
+        start();
+        form().activateFirstTime();
+    }
+    FormPreview* preview() { return form().previewWindow(); }
+    QImage shown() {
+        return preview()->PicturePreview->picture().convertToFormat(QImage::Format_RGB888);
+    }
+    std::vector<std::string> window2Entries() {
+        std::vector<std::string> out;
+        for (QAction* entry : form().m.mnuWindow2) {
+            if (entry->isVisible()) {
+                out.push_back(entry->text().toStdString());
+            }
+        }
+        return out;
+    }
+    // The colour that preview pixel (px, py), top-down, must show of a source of
+    // width by height, top-down, by nearest-neighbour sampling in bottom-up buffers.
+    static QColor expected(const QImage& source, int px, int py) {
+        const int frame = 160;
+        const int16_t maxX = paddedBound(source.width());
+        const int16_t maxY = paddedBound(source.height());
+        const int sx = previewSource(px, previewReduce(frame - 1, maxX), maxX);
+        const int sy = previewSource(frame - 1 - py, previewReduce(frame - 1, maxY), maxY);
+        if (sx >= source.width() || sy >= source.height()) {
+            return QColor(0, 0, 0);  // a padding sample
+        }
+        return source.pixelColor(sx, source.height() - 1 - sy);
+    }
+};
+
+TEST_F(PreviewTest, TheWindowAsDesigned) {
+    EXPECT_EQ(preview()->windowTitle(), "Preview");
+    EXPECT_EQ(preview()->PicturePreview->size(), QSize(160, 160));
+    EXPECT_EQ(preview()->PicturePreview->pos(), QPoint(8, 8));
+    EXPECT_EQ(preview()->size(), QSize(174, 174));
+    EXPECT_EQ(preview()->PicturePreview->toolTip(), "Preview of the final picture");
+    EXPECT_EQ(FormPreview::frameSize(15), 160);
+    EXPECT_EQ(FormPreview::frameSize(10), 240);
+    EXPECT_EQ(FormPreview::frameSize(7), 340);  // 342 is no whole number of groups of four
+}
+
+TEST_F(PreviewTest, ARunShowsItsProgressAndThePreviewJoinsTheWindowMenu) {
+    makeSeries("s", 2, 640, 480);
+    setFileName(dir.path("s1.png"));
+    setIncrement("1");
+    form().CommandGo_Click();
+    ASSERT_TRUE(ui.messages.empty());
+    EXPECT_TRUE(preview()->isVisible());
+    // With increment 1 every preview row is drawn, each from the first buffer row
+    // that scales to it.
+    const QImage montage =
+        form().montageWindow()->PictureFile->picture().convertToFormat(QImage::Format_RGB888);
+    const float reduceY = previewReduce(159, 479);
+    const float reduceX = previewReduce(159, 639);
+    for (int row : {0, 1, 80, 158, 159}) {
+        int y = 0;
+        while (std::lround(static_cast<float>(y) * reduceY) < row) {
+            ++y;
+        }
+        for (int px : {0, 1, 80, 159}) {
+            EXPECT_EQ(shown().pixelColor(px, 159 - row),
+                      montage.pixelColor(previewSource(px, reduceX, 639), 479 - y))
+                << px << "," << row;
+        }
+    }
+    EXPECT_EQ(
+        window2Entries(),
+        (std::vector<std::string>{"Montage in focus image from " + dir.path("s1.png"), "Preview"}));
+    // Closing the preview takes its entry out; the next run brings both back.
+    preview()->close();
+    EXPECT_FALSE(preview()->isVisible());
+    EXPECT_EQ(window2Entries().size(), 1u);
+    form().CommandGo_Click();
+    EXPECT_EQ(window2Entries().back(), "Preview");
+    // Load Image Files unloads it.
+    form().mnuLoad_Click();
+    EXPECT_FALSE(preview()->isVisible());
+    EXPECT_EQ(window2Entries().size(), 0u);
+}
+
+TEST_F(PreviewTest, AWideIncrementLeavesStripes) {
+    makeSeries("s", 2, 640, 480);
+    setFileName(dir.path("s1.png"));
+    setIncrement("40");
+    form().CommandGo_Click();
+    // Only the first buffer row of each row of blocks is copied: the rows between keep
+    // the cleared colour.
+    const QColor cleared = preview()->palette().color(QPalette::Window);
+    EXPECT_EQ(shown().pixelColor(50, 3), cleared);
+    EXPECT_NE(shown().pixelColor(50, 159), cleared);  // buffer row 0
+}
+
+TEST_F(PreviewTest, ShowPreviewOfASource) {
+    const QImage source = testing::patternPicture(640, 480, 2);
+    makeSeries("s", 3, 640, 480);
+    setFileName(dir.path("s1.png"));
+    form().mnuLoad_Click();
+    FormPicture* second = form().pictureWindow(2);
+    second->mnuShowPreview->trigger();
+    ASSERT_TRUE(ui.messages.empty());
+    EXPECT_TRUE(preview()->isVisible());
+    // px 159 shows column 639, py 159 row 479: the corners meet the corners.
+    EXPECT_EQ(shown().pixelColor(159, 0), source.pixelColor(639, 0));
+    EXPECT_EQ(shown().pixelColor(0, 159), source.pixelColor(0, 479));
+    for (int py : {0, 40, 121, 159}) {
+        for (int px : {0, 33, 100, 159}) {
+            EXPECT_EQ(shown().pixelColor(px, py), expected(source, px, py)) << px << "," << py;
+        }
+    }
+    // A second request clears and draws again; the menu entry stays single.
+    form().pictureWindow(3)->mnuShowPreview->trigger();
+    const QImage third = testing::patternPicture(640, 480, 3);
+    EXPECT_EQ(shown().pixelColor(80, 80), expected(third, 80, 80));
+    EXPECT_EQ(window2Entries(), std::vector<std::string>{"Preview"});
+}
+
+TEST_F(PreviewTest, ASmallerPictureIsEnlarged) {
+    const QImage source = testing::patternPicture(40, 30, 1);
+    makeSeries("s", 1, 40, 30);
+    setFileName(dir.path("s1.png"));
+    form().mnuLoad_Click();
+    form().pictureWindow(1)->mnuShowPreview->trigger();
+    // Neighbouring preview pixels repeat one source pixel.
+    EXPECT_EQ(shown().pixelColor(1, 159), shown().pixelColor(2, 159));
+    for (int py : {0, 7, 80, 159}) {
+        for (int px : {0, 5, 80, 159}) {
+            EXPECT_EQ(shown().pixelColor(px, py), expected(source, px, py)) << px << "," << py;
+        }
+    }
+}
+
+TEST_F(PreviewTest, AWindowWhoseCaptionIsNoPicturesGetsNothing) {
+    makeSeries("s", 1, 40, 30);
+    setFileName(dir.path("s1.png"));
+    form().mnuLoad_Click();
+    FormPicture stray(&form());
+    stray.setWindowTitle("Image 9 -- nowhere.png");
+    PreviewCommands(form()).mnuShowPreview_Click(&stray);
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_FALSE(form().hasPreviewWindow() && preview()->isVisible());
+}
+
+TEST_F(PreviewTest, ShowPreviewOfTheMontageAndOfAMethodWindow) {
+    makeSeries("s", 3, 80, 60);
+    setFileName(dir.path("s1.png"));
+    form().m.mnuAllMethods->trigger();
+    ASSERT_EQ(ui.messages.size(), 1u);
+    // Seven results and the preview: the preview is the ninth entry, the last place.
+    ASSERT_EQ(window2Entries().size(), 9u);
+    EXPECT_EQ(form().m.mnuWindow2[8]->text(), "Preview");
+
+    FormMontagePicture* third = form().methodWindow(2);
+    third->mnuShowPreview2->trigger();
+    const QImage thirdPicture =
+        third->PictureFile->picture().convertToFormat(QImage::Format_RGB888);
+    for (int py : {0, 80, 159}) {
+        for (int px : {0, 80, 159}) {
+            EXPECT_EQ(shown().pixelColor(px, py), expected(thirdPicture, px, py));
+        }
+    }
+    form().montageWindow()->mnuShowPreview2->trigger();
+    const QImage main =
+        form().montageWindow()->PictureFile->picture().convertToFormat(QImage::Format_RGB888);
+    for (int py : {0, 80, 159}) {
+        for (int px : {0, 80, 159}) {
+            EXPECT_EQ(shown().pixelColor(px, py), expected(main, px, py));
+        }
+    }
+    EXPECT_EQ(window2Entries().size(), 9u);
+    EXPECT_EQ(ui.messages.size(), 1u);
+}
+
+}  // namespace
+}  // namespace lumiquilt
