@@ -32,6 +32,8 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: lumiquilt-cli montage FIRST [options]\n"
+    "       lumiquilt-cli montage --project FILE [-o FILE] [--report FILE] [--score]\n"
+    "                     [--save-project FILE]\n"
     "       lumiquilt-cli compare FIRST [options]\n"
     "       lumiquilt-cli evaluate FIRST [options] [--all-methods]\n"
     "       lumiquilt-cli --help | --version\n"
@@ -47,7 +49,10 @@ constexpr const char* kUsage =
     "  --score                print the seam score at block size 10\n"
     "  --all-methods          evaluate: the increments of all seven methods\n"
     "  --save-project FILE    montage: also write the project file and its companion\n"
-    "                         picture, as Save a Project does\n";
+    "                         picture, as Save a Project does\n"
+    "  --project FILE         montage: the series and choices of a project, read as Load\n"
+    "                         a Project reads them, in place of FIRST, -i, -m, --ignore,\n"
+    "                         --offsets and --mark; the report is the project's\n";
 
 struct Options {
     std::string command;
@@ -62,6 +67,7 @@ struct Options {
     bool score = false;
     bool allMethods = false;
     std::string saveProject;
+    std::string project;
 };
 
 struct UsageError {
@@ -127,8 +133,11 @@ Options parseOptions(const std::vector<std::string>& args) {
         return args[++i];
     };
     bool haveFirst = false;
+    bool haveChoice = false;  // a choice that a project makes
     for (; i < args.size(); ++i) {
         const std::string& a = args[i];
+        haveChoice = haveChoice || a == "-i" || a == "--increment" || a == "-m" ||
+                     a == "--method" || a == "--ignore" || a == "--offsets" || a == "--mark";
         if (a == "-i" || a == "--increment") {
             o.incrementText = value(a);
         } else if (a == "-m" || a == "--method") {
@@ -168,6 +177,8 @@ Options parseOptions(const std::vector<std::string>& args) {
             o.report = value(a);
         } else if (a == "--save-project") {
             o.saveProject = value(a);
+        } else if (a == "--project") {
+            o.project = value(a);
         } else if (a == "--score") {
             o.score = true;
         } else if (a == "--all-methods" && o.command == "evaluate") {
@@ -181,10 +192,14 @@ Options parseOptions(const std::vector<std::string>& args) {
             throw UsageError{"more than one first file: '" + a + "'"};
         }
     }
-    if (!o.saveProject.empty() && o.command != "montage") {
-        throw UsageError{"--save-project goes with montage only"};
+    if ((!o.project.empty() || !o.saveProject.empty()) && o.command != "montage") {
+        throw UsageError{"--project and --save-project go with montage only"};
     }
-    if (!haveFirst) {
+    if (!o.project.empty() && (haveFirst || haveChoice)) {
+        throw UsageError{
+            "--project takes the place of FIRST, -i, -m, --ignore, --offsets and --mark"};
+    }
+    if (!haveFirst && o.project.empty()) {
         throw UsageError{"no first file named"};
     }
     if (!o.output.empty()) {
@@ -414,6 +429,42 @@ class CliPasses : public EvaluationFront {
     std::vector<uint8_t> m_best;
 };
 
+// Where a project's choices go: into the options, as if they had been given. No
+// series is loaded before the run, so the marks and ignore entries of every image a
+// project can name are read.
+class OptionsRestore : public ProjectRestore {
+  public:
+    explicit OptionsRestore(Options& options) : o(options) {}
+
+    void setFirstFileName(const std::string& text) override { o.first = text; }
+    void uncheckMethods() override { o.method = -1; }
+    void checkMethod(int index) override { o.method = index; }
+    void setIncrementText(const std::string& text) override { o.incrementText = text; }
+    int imageCount() const override { return kImageSlots - 1; }
+    void offsetsOn() override {
+        // A project without a display area keeps the one the program starts with.
+        if (o.offsets.empty()) {
+            o.offsets = "same";
+        }
+    }
+    void placeMark(int n, double centreX, double centreY) override {
+        o.marks.insert_or_assign(n, MarkCentre{centreX, centreY});
+    }
+    void marksPlaced() override {}
+    void setOffsetDisplay(OffsetDisplay display) override {
+        o.offsets = display == OffsetDisplay::minimum   ? "min"
+                    : display == OffsetDisplay::maximum ? "max"
+                                                        : "same";
+    }
+    void offsetsOff() override { o.offsets.clear(); }
+    void setIgnored(int index, bool ignored) override {
+        o.ignored.at(static_cast<size_t>(index)) = ignored;
+    }
+
+  private:
+    Options& o;
+};
+
 // The project file and its companion, by the window program's writer; a failure
 // stops with the message that "Save a Project" shows for it.
 void saveProject(const std::string& name, const std::string& report, const QImage& montage) {
@@ -458,6 +509,19 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
         return 2;
     }
     try {
+        std::string project;
+        if (!options.project.empty()) {
+            project = absoluteIn(currentFolder, options.project);
+            if (!fileExists(project)) {
+                throw RunStopped{std::string(kProjectMissingMessage)};
+            }
+            try {
+                OptionsRestore restore(options);
+                restoreProject(project, restore);
+            } catch (const RuntimeError& error) {
+                throw RunStopped{projectReadMessage(error.description())};
+            }
+        }
         ProgramState state;
         initialiseProgramState(state);
         // Relative names are taken from the current folder.
@@ -508,6 +572,14 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
             }
             out << "best " << state.bestMethod << " " << state.bestIncrement << "\n";
             report = state.propertiesString;
+        }
+        if (!project.empty()) {
+            // The report a project leaves is its own text, as Load a Project reads it.
+            try {
+                report = readProjectText(project).propertiesString;
+            } catch (const RuntimeError& error) {
+                throw RunStopped{projectReadMessage(error.description())};
+            }
         }
         // Painted only for a file that takes it.
         QImage montage;

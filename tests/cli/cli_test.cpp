@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <sstream>
 
 #include "support/test_pictures.h"
@@ -387,6 +388,64 @@ TEST(Cli, SaveProjectWritesThePairAsTheWindowProgramDoes) {
               "found'.   Try another name and make sure the file and disk are not write "
               "protected or full.\n");
     EXPECT_EQ(cli({"montage", "s1.png", "--save-project"}, dir.root()).code, 2);
+}
+
+TEST(Cli, ProjectTakesThePlaceOfTheChoices) {
+    TestFolder dir;
+    makeSeries(dir, 3);
+    ASSERT_EQ(cli({"montage", "s1.png", "--save-project", "p.mon"}, dir.root()).code, 0);
+    const std::vector<std::vector<std::string>> rows = {
+        {"montage", "--project", "p.mon", "s1.png"},
+        {"montage", "--project", "p.mon", "-i", "5"},
+        {"montage", "--project", "p.mon", "-m", "1"},
+        {"montage", "--project", "p.mon", "--ignore", "2"},
+        {"montage", "--project", "p.mon", "--offsets", "same"},
+        {"montage", "--project", "p.mon", "--mark", "1:3,4"},
+        {"montage", "--project"},
+        {"compare", "--project", "p.mon"},
+        {"compare", "s1.png", "--save-project", "q.mon"},
+    };
+    for (const auto& args : rows) {
+        const CliRun r = cli(args, dir.root());
+        EXPECT_EQ(r.code, 2) << ::testing::PrintToString(args);
+        EXPECT_NE(r.err.find("usage: lumiquilt-cli montage FIRST"), std::string::npos);
+    }
+    EXPECT_FALSE(std::filesystem::exists(dir.path("q.mon")));
+}
+
+TEST(Cli, BadProjectsStopWithTheReadMessages) {
+    TestFolder dir;
+    makeSeries(dir, 3);
+    testing::writeBytes(dir.path("nine.mon"),
+                        "[project]\r\n  First file name =s1.png\r\n"
+                        "  Montage method used =9 (x)\r\n");
+    testing::writeBytes(dir.path("gone.mon"), "[project]\r\n  First file name =gone1.png\r\n");
+    struct Row {
+        const char* project;
+        int code;
+        std::string message;
+    };
+    const Row rows[] = {
+        {"none.mon", 1,
+         "There is a problem in reading that file.   It appears not to exist.   Try another "
+         "project file.\n"},
+        {"nine.mon", 1,
+         "There is a problem in reading that file.   The error message is 'Subscript out of "
+         "range'.   Try another project file.\n"},
+        {"gone.mon", 1, "So very sorry, but I can't find that file.\n"},
+    };
+    for (const Row& row : rows) {
+        const CliRun r = cli({"montage", "--project", row.project}, dir.root());
+        EXPECT_EQ(r.code, row.code) << row.project;
+        EXPECT_EQ(r.err, row.message) << row.project;
+    }
+    // Reading leaves the project alone; saving it again adds one empty line.
+    ASSERT_EQ(cli({"montage", "s1.png", "-i", "7", "--save-project", "p.mon"}, dir.root()).code, 0);
+    const std::string first = testing::readBytes(dir.path("p.mon"));
+    const CliRun again =
+        cli({"montage", "--project", "p.mon", "--save-project", "p.mon"}, dir.root());
+    ASSERT_EQ(again.code, 0) << again.err;
+    EXPECT_EQ(testing::readBytes(dir.path("p.mon")), first + "\r\n");
 }
 
 }  // namespace

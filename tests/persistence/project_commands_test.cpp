@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <sstream>
+
+#include "cli/cli_app.h"
 
 #include "persistence/project_commands.h"
 #include "persistence/project_file.h"
@@ -450,6 +453,147 @@ TEST_F(ProjectCommandsTest, ReadOnlyFolderOrFileIsTheWriteMessageAndLeavesTheOld
     EXPECT_EQ(readBytes(folder + "/job.mon"), "[project]\r\nold report\r\n\r\n");
     EXPECT_EQ(readBytes(folder + "/job.qvz"), "old picture");
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 2);
+}
+
+// A bracket taken by hand: image k moved by kShifts[k - 1], its mark on the feature
+// that image 1's mark covers at the design place (13, 13).
+class ProjectOffsetsTest : public ProjectCommandsTest {
+  protected:
+    static constexpr std::pair<int, int> kShifts[3] = {{0, 0}, {5, -3}, {-4, 6}};
+    void makeBracket() {
+        const double gains[] = {0.6, 1.0, 1.7};
+        for (int k = 1; k <= 3; ++k) {
+            const auto [dx, dy] = kShifts[k - 1];
+            testing::savePictureFile(testing::shiftedScene(64, 48, dx, dy, gains[k - 1]),
+                                     dir.path("h" + std::to_string(k) + ".png"));
+        }
+    }
+    // Offsets on in maximum area, image 2 left out.
+    void makeOffsetMontage() {
+        makeBracket();
+        setFileName(dir.path("h1.png"));
+        setIncrement("6");
+        form().CommandGo_Click();
+        for (int k = 2; k <= 3; ++k) {
+            const auto [dx, dy] = kShifts[k - 1];
+            box(k)->moveShape(0, dx, dy);
+            box(k)->moveShape(1, dx + 8, dy + 8);
+        }
+        form().m.mnuAddOffsets->trigger();
+        form().m.mnuActivateOffsetsMax->trigger();
+        form().m.mnuignoreImage[1]->setChecked(true);
+        form().CommandGo_Click();
+        ASSERT_TRUE(ui.messages.empty()) << lastMessage().text;
+    }
+    PictureBox* box(int k) { return form().pictureWindow(k)->PictureFile; }
+    QPoint centre(int k, int member = 0) {
+        const QRect& circle = box(k)->Shape1(member);
+        return {circle.left() + circle.width() / 2, circle.top() + circle.height() / 2};
+    }
+};
+
+TEST_F(ProjectOffsetsTest, OpenPutsBackTheMarksTheAreaAndTheStatusStrip) {
+    makeOffsetMontage();
+    saveAs(dir.path("h.mon"));
+    const std::string text = readBytes(dir.path("h.mon"));
+    ASSERT_NE(text.find("  Offset display method =Maximum\r\n"), std::string::npos);
+    ASSERT_NE(text.find("  Image 3 offset X =9\r\n  Image 3 offset Y =19\r\n"), std::string::npos);
+    ASSERT_EQ(text.find("Image 2 offset"), std::string::npos);
+    const QImage stored = montage();
+
+    form().m.mnuAddOffsets->trigger();  // off: marks hidden, strip gone
+    form().m.mnuActivateOffsetsMin->trigger();
+    for (int k = 1; k <= 3; ++k) {
+        box(k)->moveShape(0, 30, 20);
+        box(k)->moveShape(1, 38, 28);
+    }
+    openByDialog(dir.path("h.mon"));
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_TRUE(form().m.mnuAddOffsets->isChecked());
+    EXPECT_FALSE(form().m.mnuActivateOffsetsMin->isChecked());
+    EXPECT_TRUE(form().m.mnuActivateOffsetsMax->isChecked());
+    EXPECT_FALSE(form().m.mnuActivateOffsetsSame->isChecked());
+    EXPECT_EQ(ignoreChecks(), "0100000000");
+    EXPECT_EQ(centre(1), QPoint(13, 13));
+    EXPECT_EQ(centre(3), QPoint(9, 19));
+    EXPECT_EQ(centre(3, 1), QPoint(9, 19));  // the inner circle stays concentric
+    // Image 2 was left out, so the project holds no centre for it: "0" puts it at 0, 0.
+    EXPECT_EQ(centre(2), QPoint(0, 0));
+    for (int k = 1; k <= 3; ++k) {
+        EXPECT_TRUE(box(k)->marksVisible()) << k;
+    }
+    EXPECT_TRUE(form().statusWindow()->isVisible());
+    EXPECT_EQ(form().statusWindow()->LabelStatus->text().toStdString(),
+              "     Image 1 = 13 , 13    Image 2 = 0 , 0    Image 3 = 9 , 19");
+    EXPECT_EQ(montage(), stored);
+    EXPECT_EQ(state.propertiesString, text.substr(11));
+}
+
+TEST_F(ProjectOffsetsTest, NoSeriesLoadedShowsTheStripAndPlacesNoMark) {
+    makeOffsetMontage();
+    saveAs(dir.path("h.mon"));
+    window.reset();
+    ui = {};
+    state = ProgramState();
+    state.appPath = dir.root() + "/";
+    start();
+    ASSERT_EQ(state.imageCount, 0);
+    openByDialog(dir.path("h.mon"));
+    // The marks of the series loaded by the project stand at their design places.
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_TRUE(form().m.mnuAddOffsets->isChecked());
+    EXPECT_TRUE(form().m.mnuActivateOffsetsMax->isChecked());
+    EXPECT_EQ(state.imageCount, 3);
+    EXPECT_EQ(centre(3), QPoint(13, 13));
+    EXPECT_TRUE(form().statusWindow()->isVisible());
+}
+
+TEST_F(ProjectOffsetsTest, ImageOneMarkAtXZeroReadsAsNoOffsets) {
+    makeBracket();
+    setFileName(dir.path("h1.png"));
+    form().mnuLoad_Click();
+    form().m.mnuAddOffsets->trigger();
+    writeBytes(dir.path("h.mon"), "[project]\r\n  First file name =" + dir.path("h1.png") +
+                                      "\r\n  Montage method used =0 (x)\r\n  Increment size =6\r\n"
+                                      "  Offset display method =Same\r\n  Image 1 offset X =0\r\n"
+                                      "  Image 1 offset Y =13\r\n  Image 2 offset X =40\r\n");
+    savePicture(testing::patternPicture(64, 48, 1), dir.path("h.qvz"), "BMP");
+    openByDialog(dir.path("h.mon"));
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_FALSE(form().m.mnuAddOffsets->isChecked());
+    EXPECT_FALSE(form().statusWindow()->isVisible());
+    EXPECT_FALSE(box(1)->marksVisible());
+}
+
+// The batch front writes a project that the window program opens to the same picture
+// and report that the batch front makes again from it.
+TEST_F(ProjectOffsetsTest, CliRoundTripMatchesTheWindowProgram) {
+    makeBracket();
+    std::ostringstream out;
+    std::ostringstream err;
+    ASSERT_EQ(runCli({"montage", dir.path("h1.png"), "-i", "6", "-m", "4", "--ignore", "3",
+                      "--offsets", "max", "--mark", "2:18,10", "--mark", "3:9,19", "--save-project",
+                      dir.path("p.mon")},
+                     "/", out, err),
+              0)
+        << err.str();
+    std::ostringstream again;
+    ASSERT_EQ(runCli({"montage", "--project", dir.path("p.mon"), "-o", dir.path("out.bmp"),
+                      "--report", "-"},
+                     "/", again, err),
+              0)
+        << err.str();
+
+    makeSeries("s", 2);
+    setFileName(dir.path("s1.png"));
+    form().mnuLoad_Click();  // a series of two: marks and ignore ticks of images 1 and 2
+    openByDialog(dir.path("p.mon"));
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_EQ(bmp(dir.path("out.bmp")), montage());
+    EXPECT_EQ(again.str(), state.propertiesString);
+    EXPECT_EQ(checkedMethods(), "0000100");
+    EXPECT_TRUE(form().m.mnuActivateOffsetsMax->isChecked());
+    EXPECT_EQ(centre(2), QPoint(18, 10));
 }
 
 }  // namespace
