@@ -23,6 +23,7 @@
 #include "evaluation/evaluation_passes.h"
 #include "output/gif_encoder.h"
 #include "persistence/profile_file.h"
+#include "persistence/project_file.h"
 #include "series/picture_io.h"
 #include "series/series_decode.h"
 #include "series/series_name.h"
@@ -33,6 +34,8 @@ namespace {
 
 constexpr const char* kUsage =
     "usage: lumiquilt-cli montage FIRST [options]\n"
+    "       lumiquilt-cli montage --project FILE [-o FILE] [--report FILE] [--score]\n"
+    "                     [--save-project FILE]\n"
     "       lumiquilt-cli compare FIRST [options]\n"
     "       lumiquilt-cli evaluate FIRST [options] [--all-methods]\n"
     "       lumiquilt-cli --help | --version\n"
@@ -46,7 +49,12 @@ constexpr const char* kUsage =
     "  -o, --output FILE      write the montage (.bmp, .jpg, .jpeg, .gif, .png)\n"
     "  --report FILE          write the run's report; - for standard output\n"
     "  --score                print the seam score at block size 10\n"
-    "  --all-methods          evaluate: the increments of all seven methods\n";
+    "  --all-methods          evaluate: the increments of all seven methods\n"
+    "  --save-project FILE    montage: also write the project file and its companion\n"
+    "                         picture, as Save a Project does\n"
+    "  --project FILE         montage: the series and choices of a project, read as Load\n"
+    "                         a Project reads them, in place of FIRST, -i, -m, --ignore,\n"
+    "                         --offsets and --mark; the report is the project's\n";
 
 struct Options {
     std::string command;
@@ -60,6 +68,8 @@ struct Options {
     std::string report;
     bool score = false;
     bool allMethods = false;
+    std::string saveProject;
+    std::string project;
 };
 
 struct UsageError {
@@ -125,8 +135,11 @@ Options parseOptions(const std::vector<std::string>& args) {
         return args[++i];
     };
     bool haveFirst = false;
+    bool haveChoice = false;  // a choice that a project makes
     for (; i < args.size(); ++i) {
         const std::string& a = args[i];
+        haveChoice = haveChoice || a == "-i" || a == "--increment" || a == "-m" ||
+                     a == "--method" || a == "--ignore" || a == "--offsets" || a == "--mark";
         if (a == "-i" || a == "--increment") {
             o.incrementText = value(a);
         } else if (a == "-m" || a == "--method") {
@@ -164,6 +177,10 @@ Options parseOptions(const std::vector<std::string>& args) {
             o.output = value(a);
         } else if (a == "--report") {
             o.report = value(a);
+        } else if (a == "--save-project") {
+            o.saveProject = value(a);
+        } else if (a == "--project") {
+            o.project = value(a);
         } else if (a == "--score") {
             o.score = true;
         } else if (a == "--all-methods" && o.command == "evaluate") {
@@ -177,7 +194,14 @@ Options parseOptions(const std::vector<std::string>& args) {
             throw UsageError{"more than one first file: '" + a + "'"};
         }
     }
-    if (!haveFirst) {
+    if ((!o.project.empty() || !o.saveProject.empty()) && o.command != "montage") {
+        throw UsageError{"--project and --save-project go with montage only"};
+    }
+    if (!o.project.empty() && (haveFirst || haveChoice)) {
+        throw UsageError{
+            "--project takes the place of FIRST, -i, -m, --ignore, --offsets and --mark"};
+    }
+    if (!haveFirst && o.project.empty()) {
         throw UsageError{"no first file named"};
     }
     if (!o.output.empty()) {
@@ -364,6 +388,60 @@ class CliPasses : public EvaluationFront {
     std::vector<uint8_t> m_best;
 };
 
+// Where a project's choices go: into the options, as if they had been given. No
+// series is loaded before the run, so the marks and ignore entries of every image a
+// project can name are read.
+class OptionsRestore : public ProjectRestore {
+  public:
+    explicit OptionsRestore(Options& options) : o(options) {}
+
+    void setFirstFileName(const std::string& text) override { o.first = text; }
+    void uncheckMethods() override { o.method = -1; }
+    void checkMethod(int index) override { o.method = index; }
+    void setIncrementText(const std::string& text) override { o.incrementText = text; }
+    int imageCount() const override { return kImageSlots - 1; }
+    void offsetsOn() override {
+        // A project without a display area keeps the one the program starts with.
+        if (o.offsets.empty()) {
+            o.offsets = "same";
+        }
+    }
+    void placeMark(int n, double centreX, double centreY) override {
+        o.marks.insert_or_assign(n, MarkCentre{centreX, centreY});
+    }
+    void marksPlaced() override {}
+    void setOffsetDisplay(OffsetDisplay display) override {
+        o.offsets = display == OffsetDisplay::minimum   ? "min"
+                    : display == OffsetDisplay::maximum ? "max"
+                                                        : "same";
+    }
+    void offsetsOff() override { o.offsets.clear(); }
+    void setIgnored(int index, bool ignored) override {
+        o.ignored.at(static_cast<size_t>(index)) = ignored;
+    }
+
+  private:
+    Options& o;
+};
+
+// The project file and its companion, by the window program's writer; a failure
+// stops with the message that "Save a Project" shows for it.
+void saveProject(const std::string& name, const std::string& report, const QImage& montage) {
+    bool picture = false;
+    try {
+        ProjectSave save(name);
+        save.writeText(report);
+        picture = true;
+        save.writeCompanion(
+            [&montage](const std::string& temporary) { savePicture(montage, temporary, "BMP"); });
+        picture = false;
+        save.commit();
+    } catch (const RuntimeError& error) {
+        throw RunStopped{picture ? generalMessage(error, 33000, "mnuSave")
+                                 : projectWriteMessage(error.description())};
+    }
+}
+
 std::string scoreText(float score) {
     char text[64];
     std::snprintf(text, sizeof text, "%.6f", static_cast<double>(score));
@@ -390,6 +468,19 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
         return 2;
     }
     try {
+        std::string project;
+        if (!options.project.empty()) {
+            project = absoluteIn(currentFolder, options.project);
+            if (!fileExists(project)) {
+                throw RunStopped{std::string(kProjectMissingMessage)};
+            }
+            try {
+                OptionsRestore restore(options);
+                restoreProject(project, restore);
+            } catch (const RuntimeError& error) {
+                throw RunStopped{projectReadMessage(error.description())};
+            }
+        }
         ProgramState state;
         initialiseProgramState(state);
         // Relative names are taken from the current folder.
@@ -441,6 +532,24 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
             out << "best " << state.bestMethod << " " << state.bestIncrement << "\n";
             report = state.propertiesString;
         }
+        if (!project.empty()) {
+            // The report a project leaves is its own text, as Load a Project reads it.
+            try {
+                report = readProjectText(project).propertiesString;
+            } catch (const RuntimeError& error) {
+                throw RunStopped{projectReadMessage(error.description())};
+            }
+        }
+        // The project's companion is written from a picture; -o writes from the buffer.
+        QImage montage;
+        if (!options.saveProject.empty()) {
+            try {
+                montage = paintMontage(state.buffers, static_cast<int>(state.imageWidth),
+                                       static_cast<int>(state.imageHeight));
+            } catch (const RuntimeError& error) {
+                throw RunStopped{"cannot paint the montage: " + error.description()};
+            }
+        }
         if (!options.output.empty()) {
             try {
                 saveMontage(state.buffers, static_cast<int>(state.imageWidth),
@@ -460,6 +569,9 @@ int runCli(const std::vector<std::string>& arguments, const std::string& current
                     throw RunStopped{"cannot write " + options.report + ": " + error.description()};
                 }
             }
+        }
+        if (!options.saveProject.empty()) {
+            saveProject(absoluteIn(currentFolder, options.saveProject), report, montage);
         }
         if (options.score) {
             char line[64];

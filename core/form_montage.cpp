@@ -20,6 +20,7 @@
 #include "engine/montage_run.h"
 #include "evaluation/evaluation_commands.h"
 #include "persistence/form_preferences.h"
+#include "persistence/project_commands.h"
 
 namespace lumiquilt {
 
@@ -318,6 +319,10 @@ void FormMontage::connectMenus() {
     connect(m.mnuPrintHalf, &QAction::triggered, this,
             [out] { out->mnuPrint_Click(OutputCommands::PrintSize::halfPage); });
     connect(m.mnuSelect, &QAction::triggered, this, [out] { out->mnuSelect_Click(); });
+    connect(m.mnuSave, &QAction::triggered, this,
+            [this] { ProjectCommands::of(*this).mnuSave_Click(); });
+    connect(m.mnuOpenProject, &QAction::triggered, this,
+            [this] { ProjectCommands::of(*this).mnuOpenProject_Click(); });
     connect(m.mnuPreferences, &QAction::triggered, this,
             [this] { PreferencesCommands::of(*this).mnuPreferences_Click(); });
     for (int i = 0; i < static_cast<int>(m.mnuRecentFile.size()); ++i) {
@@ -390,6 +395,7 @@ FormMontagePicture* FormMontage::montageWindow() {
         connect(m_montageWindow, &PictureWindow::unloaded, this,
                 [this](PictureWindow*, const QString& caption) { removeWindow2Entry(caption); });
         m_output->connectMontageCommands(m_montageWindow);
+        ProjectCommands::of(*this).connectMontageWindow(m_montageWindow);
         PreviewCommands::connectMontageCommands(*this, m_montageWindow);
     }
     return m_montageWindow;
@@ -409,6 +415,7 @@ FormMontagePicture* FormMontage::methodWindow(int i) {
         connect(window, &PictureWindow::unloaded, this,
                 [this](PictureWindow*, const QString& caption) { removeWindow2Entry(caption); });
         m_output->connectMontageCommands(window);
+        ProjectCommands::of(*this).connectMontageWindow(window);
         PreviewCommands::connectMontageCommands(*this, window);
     }
     return window;

@@ -14,6 +14,8 @@ std::string errorDescription(int number) {
             return "Out of memory";
         case kSubscriptOutOfRange:
             return "Subscript out of range";
+        case kDivisionByZero:
+            return "Division by zero";
         case kTypeMismatch:
             return "Type mismatch";
         case kFileNotFound:

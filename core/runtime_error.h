@@ -12,6 +12,7 @@ enum ErrorNumber : int {
     kOverflow = 6,
     kOutOfMemory = 7,
     kSubscriptOutOfRange = 9,
+    kDivisionByZero = 11,
     kTypeMismatch = 13,
     kFileNotFound = 53,
     kDiskFull = 61,

@@ -4,7 +4,9 @@
 #include <QClipboard>
 #include <QColorDialog>
 #include <QDesktopServices>
+#include <QDir>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMessageBox>
 #include <QPrintDialog>
 #include <QPrinter>
@@ -17,6 +19,25 @@ namespace {
 
 QString q(const std::string& s) {
     return QString::fromStdString(s);
+}
+
+// Where a file dialog opens: the proposed name, in the initial folder when the name
+// has none of its own and the folder is one. Without a name, an initial "folder"
+// that names a file opens its folder with the name box empty.
+QString dialogStart(const FileDialogRequest& request) {
+    if (request.fileName.empty()) {
+        const QFileInfo start(q(request.initialFolder));
+        if (request.initialFolder.empty() || start.isDir()) {
+            return q(request.initialFolder);
+        }
+        return start.path();
+    }
+    const QString name = q(request.fileName);
+    const QFileInfo folder(q(request.initialFolder));
+    if (QFileInfo(name).isRelative() && !request.initialFolder.empty() && folder.isDir()) {
+        return QDir(folder.filePath()).filePath(name);
+    }
+    return name;
 }
 
 }  // namespace
@@ -100,9 +121,8 @@ MessageResult QtModalUi::messageBox(const std::string& text, const std::string& 
 }
 
 std::optional<std::string> QtModalUi::openFileName(const FileDialogRequest& request) {
-    QString start = q(request.fileName.empty() ? request.initialFolder : request.fileName);
-    const QString name = QFileDialog::getOpenFileName(m_parent, q(request.title), start,
-                                                      qtFilterFrom(request.filter));
+    const QString name = QFileDialog::getOpenFileName(
+        m_parent, q(request.title), dialogStart(request), qtFilterFrom(request.filter));
     if (name.isEmpty()) {
         return std::nullopt;
     }
@@ -110,10 +130,9 @@ std::optional<std::string> QtModalUi::openFileName(const FileDialogRequest& requ
 }
 
 std::optional<std::string> QtModalUi::saveFileName(const FileDialogRequest& request) {
-    QString start = q(request.fileName.empty() ? request.initialFolder : request.fileName);
     // The dialog asks before a file is replaced.
-    const QString name = QFileDialog::getSaveFileName(m_parent, q(request.title), start,
-                                                      qtFilterFrom(request.filter));
+    const QString name = QFileDialog::getSaveFileName(
+        m_parent, q(request.title), dialogStart(request), qtFilterFrom(request.filter));
     if (name.isEmpty()) {
         return std::nullopt;
     }

@@ -8,6 +8,8 @@
 #include "core/text.h"
 #include "display/window_geometry.h"
 #include "persistence/preferences.h"
+#include "persistence/project_commands.h"
+#include "persistence/project_file.h"
 #include "series/picture_io.h"
 #include "series/series_name.h"
 
@@ -192,8 +194,8 @@ void FormMontage::mnuRecentFile_Click(int index) {
     }
     const std::string item = m_recent.at(index);
     textFileName->setText(QString::fromStdString(item));
-    if (item.rfind("project ", 0) == 0) {
-        // Projects open with their own command.
+    if (isRecentProjectItem(item)) {
+        ProjectCommands::of(*this).mnuOpenProject_Click();
         return;
     }
     if (!isAbsoluteName(item)) {

@@ -57,6 +57,18 @@ std::string readWholeFile(const std::string& name) {
 
 }  // namespace
 
+std::string projectReadMessage(std::string_view description) {
+    return "There is a problem in reading that file.   The error message is '" +
+           std::string(description) + "'.   Try another project file.";
+}
+
+std::string projectWriteMessage(std::string_view description) {
+    return "There is a problem in writing to that file.   The error message is '" +
+           std::string(description) +
+           "'.   Try another name and make sure the file and disk are not write protected or "
+           "full.";
+}
+
 std::string proposeProjectName(std::string_view fileNameText) {
     const size_t dot = fileNameText.find('.');
     if (dot == std::string_view::npos) {

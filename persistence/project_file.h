@@ -10,6 +10,17 @@ inline constexpr std::string_view kProjectSection = "project";
 inline constexpr std::string_view kProjectFilter =
     "Project files  (*.mon)|*.mon|All files  (*.*)|*.*|";
 
+/// The messages of the project commands; all of them carry kProjectMessageTitle
+/// and a critical icon.
+inline constexpr std::string_view kProjectMessageTitle = "Do you always have bad luck like this?";
+inline constexpr std::string_view kProjectMissingMessage =
+    "There is a problem in reading that file.   It appears not to exist.   Try another project "
+    "file.";
+/// Opening failed after the project was found; description is the error's.
+std::string projectReadMessage(std::string_view description);
+/// Saving failed; description is the error's.
+std::string projectWriteMessage(std::string_view description);
+
 /// The project name proposed for a series: the text up to and with its first
 /// "." and "mon" behind it, or the text and ".mon" when it has no dot. The first
 /// dot counts, also in a folder's name.

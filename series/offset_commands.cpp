@@ -42,7 +42,6 @@ void OffsetCommands::connectPictureWindow(FormPicture* w) {
 }
 
 void OffsetCommands::mnuAddOffsets_Click() {
-    ProgramState& s = f.state();
     if (!f.m.mnuAddOffsets->isChecked()) {
         // The display entries keep their checks.
         for (int k = 1; k < kImageSlots; ++k) {
@@ -59,6 +58,11 @@ void OffsetCommands::mnuAddOffsets_Click() {
         }
     }
     updateTargetStatus();
+    placeStatusStrip();
+}
+
+void OffsetCommands::placeStatusStrip() {
+    const ProgramState& s = f.state();
     // The strip goes to the foot of the main window, and then three frames higher.
     FormStatus* status = f.statusWindow();
     const double tpp = std::max<int>(1, s.twipsPerPixel);

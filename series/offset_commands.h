@@ -34,6 +34,8 @@ class OffsetCommands {
 
     /// Rewrites the status strip from the marks of the visible picture windows.
     void updateTargetStatus();
+    /// Shows the status strip along the foot of the main window and brings it up.
+    void placeStatusStrip();
     /// Rounds the colour (0xBBGGRR) to 32 bits and gives it to the marks of every
     /// picture window.
     void setTargetColor(double color);

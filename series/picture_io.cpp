@@ -1,5 +1,6 @@
 #include "series/picture_io.h"
 
+#include <QBuffer>
 #include <QDir>
 #include <QFileInfo>
 #include <QImageIOHandler>
@@ -228,7 +229,12 @@ void writeThrough(const std::string& fileName, const std::function<Written(QSave
         }
         throw RuntimeError(kPermissionDenied);
     }
-    const Written written = write(file);
+    Written written = write(file);
+    // A buffered write that fails on its way to the disk is seen only here: the file's
+    // commit would take it for whole.
+    if (written == Written::done && !file.flush()) {
+        written = Written::deviceFailed;
+    }
     if (written != Written::done) {
         // A writer that fails on a file it could open ran out of room.
         const bool deviceFailed =

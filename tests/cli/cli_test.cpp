@@ -364,6 +364,92 @@ TEST(Cli, UnwritableOutputFailsCleanly) {
     EXPECT_EQ(r.err, "cannot write no-folder/m.bmp: Path not found\n");
 }
 
+TEST(Cli, SaveProjectWritesThePairAsTheWindowProgramDoes) {
+    TestFolder dir;
+    makeSeries(dir, 4);
+    const CliRun r = cli({"montage", "s1.png", "-i", "9", "-m", "3", "--ignore", "2,4", "-o",
+                          "m.bmp", "--report", "-", "--save-project", "job.mon"},
+                         dir.root());
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(testing::readBytes(dir.path("job.mon")), "[project]\r\n" + r.out + "\r\n");
+    EXPECT_NE(r.out.find("  Ignore image number =2, 4\r\n"), std::string::npos);
+    EXPECT_EQ(testing::readBytes(dir.path("job.qvz")).substr(0, 2), "BM");
+    EXPECT_EQ(testing::readBytes(dir.path("job.qvz")), testing::readBytes(dir.path("m.bmp")));
+
+    // A second save replaces both; a folder that isn't there is the write message.
+    const CliRun again =
+        cli({"montage", dir.path("s1.png"), "-i", "5", "--save-project", dir.path("job.mon")}, "/");
+    ASSERT_EQ(again.code, 0) << again.err;
+    EXPECT_NE(testing::readBytes(dir.path("job.mon")).find("  Increment size =5\r\n"),
+              std::string::npos);
+    const CliRun bad =
+        cli({"montage", "s1.png", "--save-project", "no-folder/job.mon"}, dir.root());
+    EXPECT_EQ(bad.code, 1);
+    EXPECT_EQ(bad.err,
+              "There is a problem in writing to that file.   The error message is 'Path not "
+              "found'.   Try another name and make sure the file and disk are not write "
+              "protected or full.\n");
+    EXPECT_EQ(cli({"montage", "s1.png", "--save-project"}, dir.root()).code, 2);
+}
+
+TEST(Cli, ProjectTakesThePlaceOfTheChoices) {
+    TestFolder dir;
+    makeSeries(dir, 3);
+    ASSERT_EQ(cli({"montage", "s1.png", "--save-project", "p.mon"}, dir.root()).code, 0);
+    const std::vector<std::vector<std::string>> rows = {
+        {"montage", "--project", "p.mon", "s1.png"},
+        {"montage", "--project", "p.mon", "-i", "5"},
+        {"montage", "--project", "p.mon", "-m", "1"},
+        {"montage", "--project", "p.mon", "--ignore", "2"},
+        {"montage", "--project", "p.mon", "--offsets", "same"},
+        {"montage", "--project", "p.mon", "--mark", "1:3,4"},
+        {"montage", "--project"},
+        {"compare", "--project", "p.mon"},
+        {"compare", "s1.png", "--save-project", "q.mon"},
+    };
+    for (const auto& args : rows) {
+        const CliRun r = cli(args, dir.root());
+        EXPECT_EQ(r.code, 2) << ::testing::PrintToString(args);
+        EXPECT_NE(r.err.find("usage: lumiquilt-cli montage FIRST"), std::string::npos);
+    }
+    EXPECT_FALSE(std::filesystem::exists(dir.path("q.mon")));
+}
+
+TEST(Cli, BadProjectsStopWithTheReadMessages) {
+    TestFolder dir;
+    makeSeries(dir, 3);
+    testing::writeBytes(dir.path("nine.mon"),
+                        "[project]\r\n  First file name =s1.png\r\n"
+                        "  Montage method used =9 (x)\r\n");
+    testing::writeBytes(dir.path("gone.mon"), "[project]\r\n  First file name =gone1.png\r\n");
+    struct Row {
+        const char* project;
+        int code;
+        std::string message;
+    };
+    const Row rows[] = {
+        {"none.mon", 1,
+         "There is a problem in reading that file.   It appears not to exist.   Try another "
+         "project file.\n"},
+        {"nine.mon", 1,
+         "There is a problem in reading that file.   The error message is 'Subscript out of "
+         "range'.   Try another project file.\n"},
+        {"gone.mon", 1, "So very sorry, but I can't find that file.\n"},
+    };
+    for (const Row& row : rows) {
+        const CliRun r = cli({"montage", "--project", row.project}, dir.root());
+        EXPECT_EQ(r.code, row.code) << row.project;
+        EXPECT_EQ(r.err, row.message) << row.project;
+    }
+    // Reading leaves the project alone; saving it again adds one empty line.
+    ASSERT_EQ(cli({"montage", "s1.png", "-i", "7", "--save-project", "p.mon"}, dir.root()).code, 0);
+    const std::string first = testing::readBytes(dir.path("p.mon"));
+    const CliRun again =
+        cli({"montage", "--project", "p.mon", "--save-project", "p.mon"}, dir.root());
+    ASSERT_EQ(again.code, 0) << again.err;
+    EXPECT_EQ(testing::readBytes(dir.path("p.mon")), first + "\r\n");
+}
+
 }  // namespace
 }  // namespace lumiquilt
 

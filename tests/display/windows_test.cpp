@@ -1,7 +1,7 @@
+#include <gtest/gtest.h>
 #include <QApplication>
 #include <QMenuBar>
 #include <QMouseEvent>
-#include <gtest/gtest.h>
 
 #include "support/ui_fixture.h"
 
@@ -11,7 +11,7 @@ namespace {
 using testing::UiTest;
 
 class WindowsTest : public UiTest {
-protected:
+  protected:
     void SetUp() override {
         UiTest::SetUp();
         start();
@@ -57,34 +57,34 @@ TEST_F(WindowsTest, MenuBarReadsAsDesigned) {
     for (const QAction* a : form().menuBar()->actions()) {
         tops.push_back(a->text().toStdString());
     }
-    EXPECT_EQ(tops, (std::vector<std::string>{"    ", " File ", "Exposure Method ", " Ignore Image ",
-                                              " Set Image Offsets ", " Window ", " Help "}));
+    EXPECT_EQ(tops,
+              (std::vector<std::string>{"    ", " File ", "Exposure Method ", " Ignore Image ",
+                                        " Set Image Offsets ", " Window ", " Help "}));
     const std::vector<std::string> file = captionsOf(form().m.mnuFile);
     const std::vector<std::string> head(file.begin(), file.begin() + 16);
-    EXPECT_EQ(head, (std::vector<std::string>{
-                        "Browse for Image File", "Load Image Files", "Load a Project",
-                        "Save a Project", "Make the Montage", "-", "Save Montage As",
-                        "Copy Montage to Clipboard", "Open Montage in Editor", "Print Montage",
-                        "Print Montage Fit to Page", "Print Montage Fit to Half Page",
-                        "Select Printer", "-", "Preferences", "-"}));
+    EXPECT_EQ(head,
+              (std::vector<std::string>{
+                  "Browse for Image File", "Load Image Files", "Load a Project", "Save a Project",
+                  "Make the Montage", "-", "Save Montage As", "Copy Montage to Clipboard",
+                  "Open Montage in Editor", "Print Montage", "Print Montage Fit to Page",
+                  "Print Montage Fit to Half Page", "Select Printer", "-", "Preferences", "-"}));
     EXPECT_EQ(file.size(), 16u + 12u + 2u);
     EXPECT_EQ(file.back(), "Exit");
-    EXPECT_EQ(captionsOf(form().m.mnuMontage),
-              (std::vector<std::string>{"3D Color Space Focus", "Absolute Color Difference",
-                                        "Average Color Difference", "Linear Color Focus",
-                                        "Preference Red Focus", "Preference Green Focus",
-                                        "Preference Blue Focus", "-", "Compare All Exposure Methods",
-                                        "Evaluate Increments",
-                                        "Evaluate Increments and all Exposure Methods", "-",
-                                        "Smooth Montage Image"}));
+    EXPECT_EQ(
+        captionsOf(form().m.mnuMontage),
+        (std::vector<std::string>{
+            "3D Color Space Focus", "Absolute Color Difference", "Average Color Difference",
+            "Linear Color Focus", "Preference Red Focus", "Preference Green Focus",
+            "Preference Blue Focus", "-", "Compare All Exposure Methods", "Evaluate Increments",
+            "Evaluate Increments and all Exposure Methods", "-", "Smooth Montage Image"}));
     EXPECT_EQ(captionsOf(form().m.mnuHelpMenu),
               (std::vector<std::string>{"Help", "-", "Contact Tarnhollow Software", "About"}));
     EXPECT_EQ(form().m.mnuOpen->shortcut(), QKeySequence("Ctrl+O"));
     EXPECT_EQ(form().m.mnuPrint->shortcut(), QKeySequence("Ctrl+P"));
     EXPECT_EQ(form().m.mnuHelp->shortcut(), QKeySequence("F1"));
     // Hidden for good.
-    for (QAction* hidden : {form().m.mnuSelect, form().m.mnuEvaluate, form().m.mnuEvaluateAll,
-                            form().m.mnuSmooth}) {
+    for (QAction* hidden :
+         {form().m.mnuSelect, form().m.mnuEvaluate, form().m.mnuEvaluateAll, form().m.mnuSmooth}) {
         EXPECT_FALSE(hidden->isVisible()) << hidden->text().toStdString();
     }
     EXPECT_EQ(form().windowTitle(), "Lumiquilt  -  from Tarnhollow Software");
@@ -155,13 +155,13 @@ TEST_F(WindowsTest, MontageAndMethodWindowsInTheSecondList) {
         form().methodWindow(i)->show();
     }
     form().updateWindowMenu();
-    EXPECT_EQ(visibleEntries2(),
-              (std::vector<std::string>{"Montage in focus image from a1.jpg", "Method 0", "Method 1",
-                                        "Method 2", "Method 3", "Method 4", "Method 5", "Method 6"}));
+    EXPECT_EQ(visibleEntries2(), (std::vector<std::string>{
+                                     "Montage in focus image from a1.jpg", "Method 0", "Method 1",
+                                     "Method 2", "Method 3", "Method 4", "Method 5", "Method 6"}));
     form().methodWindow(2)->mnuClose->trigger();
-    EXPECT_EQ(visibleEntries2(),
-              (std::vector<std::string>{"Montage in focus image from a1.jpg", "Method 0", "Method 1",
-                                        "Method 3", "Method 4", "Method 5", "Method 6"}));
+    EXPECT_EQ(visibleEntries2(), (std::vector<std::string>{"Montage in focus image from a1.jpg",
+                                                           "Method 0", "Method 1", "Method 3",
+                                                           "Method 4", "Method 5", "Method 6"}));
     form().methodWindow(4)->hide();
     form().mnuWindow2_Click(4);  // "Method 4"
     EXPECT_TRUE(form().methodWindow(4)->isVisible());

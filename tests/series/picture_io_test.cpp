@@ -253,17 +253,26 @@ TEST(SavePicture, FullDiskLeavesTheOldFileWhole) {
     testing::TestFolder dir;
     const std::string target = dir.path("old.bmp");
     testing::writeBytes(target, "old picture");
-    const QImage picture = testing::patternPicture(300, 200, 1);
-    const int error = testing::withFullDisk(4096, [&] {
-        try {
-            savePicture(picture, target, "BMP");
-            return 0;
-        } catch (const RuntimeError& e) {
-            return e.number();
-        }
-    });
-    EXPECT_EQ(error, 61);
-    EXPECT_EQ(testing::readBytes(target), "old picture");
+    // A small picture goes out in one write, and a room that ends within it gives a
+    // short write that must not pass for success.
+    const struct {
+        int width, height;
+        long room;
+    } rows[] = {{300, 200, 4096}, {40, 30, 2000}};
+    for (const auto& row : rows) {
+        const QImage picture = testing::patternPicture(row.width, row.height, 1);
+        const long room = row.room;
+        const int error = testing::withFullDisk(room, [&] {
+            try {
+                savePicture(picture, target, "BMP");
+                return 0;
+            } catch (const RuntimeError& e) {
+                return e.number();
+            }
+        });
+        EXPECT_EQ(error, 61) << room;
+        EXPECT_EQ(testing::readBytes(target), "old picture") << room;
+    }
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.root()),
                             std::filesystem::directory_iterator()),
               1);

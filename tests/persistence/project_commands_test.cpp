@@ -1,0 +1,600 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <sstream>
+
+#include "cli/cli_app.h"
+
+#include "persistence/project_commands.h"
+#include "persistence/project_file.h"
+#include "series/picture_io.h"
+#include "support/full_disk.h"
+#include "support/read_only_folder.h"
+#include "support/ui_fixture.h"
+
+namespace lumiquilt {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::readBytes;
+using testing::UiTest;
+using testing::writeBytes;
+
+constexpr const char* kTitle = "Do you always have bad luck like this?";
+
+class ProjectCommandsTest : public UiTest {
+  protected:
+    void SetUp() override {
+        UiTest::SetUp();
+        start();
+        form().activateFirstTime();
+    }
+    ProjectCommands& projects() { return ProjectCommands::of(form()); }
+
+    // A montage of s1..s<count> by method 2 at increment 10, images 2 and 3 left out.
+    void makeMontage(int count = 5) {
+        makeSeries("s", count);
+        setFileName(dir.path("s1.png"));
+        setIncrement("10");
+        form().m.mnusimpleCol[2]->trigger();
+        form().m.mnuignoreImage[1]->setChecked(true);
+        form().m.mnuignoreImage[2]->setChecked(true);
+        form().CommandGo_Click();
+        ASSERT_TRUE(form().montageWindow()->isVisible());
+        ASSERT_TRUE(ui.messages.empty()) << lastMessage().text;
+    }
+    void saveAs(const std::string& name) {
+        ui.fileAnswers.push_back(name);
+        projects().mnuSave_Click();
+    }
+    void openByDialog(const std::string& name) {
+        ui.fileAnswers.push_back(name);
+        projects().mnuOpenProject_Click();
+    }
+    QImage montage() {
+        return form().montageWindow()->PictureFile->picture().convertToFormat(
+            QImage::Format_RGB888);
+    }
+    static QImage bmp(const std::string& name) {
+        return QImage(QString::fromStdString(name), "BMP").convertToFormat(QImage::Format_RGB888);
+    }
+    // Sets the choices to something else, so that an Open must bring them back.
+    void scramble() {
+        form().m.mnusimpleCol[5]->trigger();
+        setIncrement("33");
+        for (QAction* entry : form().m.mnuignoreImage) {
+            entry->setChecked(false);
+        }
+        form().m.mnuAddOffsets->setChecked(true);
+    }
+    std::string checkedMethods() {
+        std::string s;
+        for (QAction* entry : form().m.mnusimpleCol) {
+            s += entry->isChecked() ? '1' : '0';
+        }
+        return s;
+    }
+    std::string ignoreChecks() {
+        std::string s;
+        for (QAction* entry : form().m.mnuignoreImage) {
+            s += entry->isChecked() ? '1' : '0';
+        }
+        return s;
+    }
+    void expectReadMessage(const std::string& description) {
+        ASSERT_FALSE(ui.messages.empty());
+        EXPECT_EQ(lastMessage().text,
+                  "There is a problem in reading that file.   The error "
+                  "message is '" +
+                      description + "'.   Try another project file.");
+        EXPECT_EQ(lastMessage().title, kTitle);
+        EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
+    }
+    void expectWriteMessage(const std::string& description) {
+        ASSERT_EQ(ui.messages.size(), 1u);
+        EXPECT_EQ(lastMessage().text,
+                  "There is a problem in writing to that file.   The error message is '" +
+                      description +
+                      "'.   Try another name and make sure the file and disk are not write "
+                      "protected or full.");
+        EXPECT_EQ(lastMessage().title, kTitle);
+        EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
+    }
+};
+
+TEST_F(ProjectCommandsTest, SaveWritesTheHeadTheReportALineEndAndTheMontageAsBmp) {
+    makeMontage();
+    saveAs(dir.path("job.mon"));
+    EXPECT_TRUE(ui.messages.empty());  // no message confirms a save
+    const FileDialogRequest& request = ui.fileRequests.back();
+    EXPECT_EQ(request.filter, "Project files  (*.mon)|*.mon|All files  (*.*)|*.*|");
+    EXPECT_EQ(request.fileName, dir.path("s1.mon"));
+    EXPECT_EQ(request.initialFolder, "");  // left as it was
+
+    const std::string bytes = readBytes(dir.path("job.mon"));
+    EXPECT_EQ(bytes, "[project]\r\n" + state.propertiesString + "\r\n");
+    EXPECT_NE(bytes.find("\r\n  Ignore image number =2, 3\r\n"), std::string::npos);
+    EXPECT_NE(bytes.find("\r\n  Montage method used =2 (Average Color Difference)\r\n"),
+              std::string::npos);
+    EXPECT_EQ(readBytes(dir.path("job.qvz")).substr(0, 2), "BM");
+    EXPECT_EQ(bmp(dir.path("job.qvz")), montage());
+    EXPECT_EQ(state.outputFileName, dir.path("job.qvz"));
+    EXPECT_EQ(form().recentFiles().at(0), "project " + dir.path("job"));
+}
+
+TEST_F(ProjectCommandsTest, SaveWantsAMontageOnView) {
+    projects().mnuSave_Click();
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text,
+              "You have to have a Montage image visible in order to save a project.");
+    EXPECT_EQ(lastMessage().title, "Sorry...");
+    EXPECT_EQ(lastMessage().icon, MessageIcon::exclamation);
+    EXPECT_TRUE(ui.fileRequests.empty());
+}
+
+TEST_F(ProjectCommandsTest, CancelInEitherDialogChangesNothingButTheFolderInFront) {
+    makeSeries("s", 3);
+    setFileName("s1.png");
+    setIncrement("10");
+    form().CommandGo_Click();
+    form().m.mnuignoreImage[0]->setChecked(true);
+    const std::string report = state.propertiesString;
+    const std::string recent = form().recentFiles().at(0);
+
+    projects().mnuSave_Click();  // no answer queued: Cancel
+    EXPECT_TRUE(ui.messages.empty());
+    // Save puts the program's folder in front of a bare name before the dialog.
+    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("s1.png"));
+    EXPECT_EQ(ui.fileRequests.back().fileName, dir.path("s1.mon"));
+
+    form().m.mnuignoreImage[0]->setChecked(true);
+    projects().mnuOpenProject_Click();
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(ui.fileRequests.back().fileName, "");
+    EXPECT_EQ(ui.fileRequests.back().initialFolder, dir.path("s1.png"));
+    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("s1.png"));
+    EXPECT_EQ(ignoreChecks(), "1000000000");
+    EXPECT_EQ(state.propertiesString, report);
+    EXPECT_EQ(form().recentFiles().at(0), recent);
+    for (const auto& entry : fs::directory_iterator(dir.root())) {
+        EXPECT_NE(entry.path().extension(), ".mon");
+        EXPECT_NE(entry.path().extension(), ".qvz");
+    }
+}
+
+TEST_F(ProjectCommandsTest, OpenRestoresTheChoicesAndShowsTheStoredMontageAndReport) {
+    makeMontage();
+    saveAs(dir.path("job.mon"));
+    const std::string saved = readBytes(dir.path("job.mon"));
+    const QImage stored = montage();
+
+    makeSeries("t", 2);
+    setFileName(dir.path("t1.png"));
+    form().mnuLoad_Click();
+    makeSeries("s", 5);  // image 1 of the series changes: the montage must not be made again
+    testing::savePictureFile(testing::flatPicture(40, 30, Qt::white), dir.path("s1.png"));
+    setFileName(dir.path("s1.png"));
+    form().mnuLoad_Click();
+    scramble();
+
+    openByDialog(dir.path("job.mon"));
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("s1.png"));
+    EXPECT_EQ(checkedMethods(), "0010000");
+    EXPECT_EQ(form().TextIncrement->text(), "10");
+    EXPECT_EQ(ignoreChecks(), "0110000000");
+    EXPECT_FALSE(form().m.mnuAddOffsets->isChecked());
+    EXPECT_EQ(state.montageFromProject, kFalse);
+    EXPECT_EQ(state.imageCount, 5);
+    EXPECT_EQ(visiblePictureWindows(), 5);
+    EXPECT_TRUE(form().montageWindow()->isVisible());
+    EXPECT_EQ(montage(), stored);
+    EXPECT_EQ(state.propertiesString, saved.substr(11));
+    EXPECT_EQ(form().recentFiles().at(0), dir.path("s1.png"));
+    EXPECT_EQ(form().recentFiles().at(1), "project " + dir.path("job"));
+    // The used-blocks window is one digit per block wide: 40 / 10 + 1 digits.
+    EXPECT_GT(form().usedWindow()->width(), 0);
+    // Behind the heading: the report's empty grid line and the line end the file adds.
+    EXPECT_EQ(form().usedWindow()->LabelUsed->text(), "\r\n\r\n");
+}
+
+TEST_F(ProjectCommandsTest, OpenFromTheRecentListShowsNoDialog) {
+    makeMontage();
+    saveAs(dir.path("job.mon"));
+    scramble();
+    setFileName(dir.path("elsewhere1.png"));
+    const size_t requests = ui.fileRequests.size();
+    int entry = -1;
+    for (int i = 0; i < RecentFiles::kCount; ++i) {
+        if (form().recentFiles().at(i) == "project " + dir.path("job")) {
+            entry = i;
+        }
+    }
+    ASSERT_GE(entry, 0);
+    form().m.mnuRecentFile[static_cast<size_t>(entry)]->trigger();
+    EXPECT_EQ(ui.fileRequests.size(), requests);
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_EQ(checkedMethods(), "0010000");
+    EXPECT_EQ(ignoreChecks(), "0110000000");
+    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("s1.png"));
+    EXPECT_EQ(state.propertiesString, readBytes(dir.path("job.mon")).substr(11));
+}
+
+TEST_F(ProjectCommandsTest, OpenedAndSavedAgainGrowsByOneEmptyLine) {
+    makeMontage();
+    saveAs(dir.path("job.mon"));
+    const std::string first = readBytes(dir.path("job.mon"));
+    openByDialog(dir.path("job.mon"));
+    saveAs(dir.path("job.mon"));
+    EXPECT_EQ(readBytes(dir.path("job.mon")), first + "\r\n");
+    openByDialog(dir.path("job.mon"));
+    saveAs(dir.path("job.mon"));
+    EXPECT_EQ(readBytes(dir.path("job.mon")), first + "\r\n\r\n");
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+}
+
+TEST_F(ProjectCommandsTest, SavingOverAnExistingProjectReplacesBothFiles) {
+    makeMontage();
+    writeBytes(dir.path("job.mon"), "[project]\r\nold\r\n");
+    writeBytes(dir.path("job.qvz"), "old picture");
+    saveAs(dir.path("job.mon"));
+    EXPECT_TRUE(ui.messages.empty());
+    EXPECT_EQ(readBytes(dir.path("job.mon")), "[project]\r\n" + state.propertiesString + "\r\n");
+    EXPECT_EQ(bmp(dir.path("job.qvz")), montage());
+}
+
+TEST_F(ProjectCommandsTest, AProjectUnderAnotherExtensionGetsItsCompanionAllTheSame) {
+    makeMontage();
+    saveAs(dir.path("job.txt"));
+    EXPECT_TRUE(fs::exists(dir.path("job.qvz")));
+    EXPECT_EQ(form().recentFiles().at(0), "project " + dir.path("job"));
+    const QImage stored = montage();
+    scramble();
+    openByDialog(dir.path("job.txt"));
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_EQ(checkedMethods(), "0010000");
+    EXPECT_EQ(montage(), stored);
+    // The recent list keeps the name less four characters: it reopens as job.mon.
+    EXPECT_EQ(form().recentFiles().at(1), "project " + dir.path("job"));
+}
+
+TEST_F(ProjectCommandsTest, MontageWindowSavesItsOwnReportBesideTheMainPicture) {
+    makeMontage();
+    // The main window's popup stores the run's report, with the folder as InitDir.
+    setFileName("s1.png");
+    ui.fileAnswers.push_back(dir.path("main.mon"));
+    form().montageWindow()->mnuSaveProject->trigger();
+    EXPECT_EQ(ui.fileRequests.back().fileName, "s1.mon");
+    EXPECT_EQ(ui.fileRequests.back().initialFolder, state.appPath);
+    EXPECT_EQ(form().textFileName->text(), "s1.png");  // no folder put in front
+    EXPECT_EQ(readBytes(dir.path("main.mon")), "[project]\r\n" + state.propertiesString + "\r\n");
+
+    // A method window with the same caption as one of the eight gives that report.
+    FormMontagePicture* method = form().methodWindow(3);
+    method->setWindowTitle("Average Color Difference");
+    state.methodProperties[3] = "\r\n  the method's report\r\n";
+    ui.fileAnswers.push_back(dir.path("method.mon"));
+    method->mnuSaveProject->trigger();
+    EXPECT_EQ(readBytes(dir.path("method.mon")), "[project]\r\n\r\n  the method's report\r\n\r\n");
+    EXPECT_EQ(bmp(dir.path("method.qvz")), montage());
+    EXPECT_TRUE(ui.messages.empty());
+}
+
+TEST_F(ProjectCommandsTest, MissingProjectSaysSoAndEmptiesTheField) {
+    openByDialog(dir.path("nothing.mon"));
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text,
+              "There is a problem in reading that file.   It appears not to "
+              "exist.   Try another project file.");
+    EXPECT_EQ(lastMessage().title, kTitle);
+    EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
+    EXPECT_EQ(form().textFileName->text(), "");
+    EXPECT_TRUE(form().recentFiles().at(0).empty());
+}
+
+// Damaged projects: each is the read message, and what was restored stays.
+TEST_F(ProjectCommandsTest, MissingCompanionIsTheReadMessageAfterTheReport) {
+    makeMontage();
+    saveAs(dir.path("job.mon"));
+    fs::remove(dir.path("job.qvz"));
+    scramble();
+    openByDialog(dir.path("job.mon"));
+    ASSERT_EQ(ui.messages.size(), 1u);
+    expectReadMessage("File not found");
+    EXPECT_EQ(checkedMethods(), "0010000");
+    EXPECT_EQ(form().TextIncrement->text(), "10");
+    EXPECT_EQ(state.propertiesString, readBytes(dir.path("job.mon")).substr(11));
+}
+
+TEST_F(ProjectCommandsTest, DamagedCompanionIsTheReadMessage) {
+    makeMontage();
+    saveAs(dir.path("job.mon"));
+    writeBytes(dir.path("job.qvz"), "BM this is no picture");
+    openByDialog(dir.path("job.mon"));
+    ASSERT_EQ(ui.messages.size(), 1u);
+    expectReadMessage("Invalid picture");
+}
+
+TEST_F(ProjectCommandsTest, MethodOutsideTheMenuIsTheReadMessageWithTheMethodsUnchecked) {
+    makeSeries("s", 3);
+    writeBytes(dir.path("job.mon"), "[project]\r\n  First file name =" + dir.path("s1.png") +
+                                        "\r\n  Montage method used =7 (nothing)\r\n"
+                                        "  Increment size =12\r\n");
+    setIncrement("20");
+    openByDialog(dir.path("job.mon"));
+    ASSERT_EQ(ui.messages.size(), 1u);
+    expectReadMessage("Subscript out of range");
+    EXPECT_EQ(checkedMethods(), "0000000");
+    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("s1.png"));
+    EXPECT_EQ(form().TextIncrement->text(), "20");  // not reached
+    EXPECT_EQ(form().recentFiles().at(0), "project " + dir.path("job"));
+}
+
+TEST_F(ProjectCommandsTest, OpeningWithNoSeriesLoadedTouchesNoIgnoreEntry) {
+    makeMontage();
+    saveAs(dir.path("job.mon"));
+    const QImage stored = montage();
+    // A fresh program: nothing loaded.
+    window.reset();
+    ui = {};
+    state = ProgramState();
+    state.appPath = dir.root() + "/";
+    start();
+    ASSERT_EQ(state.imageCount, 0);
+    openByDialog(dir.path("job.mon"));
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_EQ(ignoreChecks(), "0000000000");
+    EXPECT_EQ(state.imageCount, 5);
+    EXPECT_EQ(montage(), stored);
+    EXPECT_EQ(checkedMethods(), "0010000");
+}
+
+TEST_F(ProjectCommandsTest, MoreThanTenImagesTouchOnlyTheTenIgnoreEntries) {
+    makeSeries("s", 12);
+    writeBytes(dir.path("job.mon"), "[project]\r\n  First file name =" + dir.path("s1.png") +
+                                        "\r\n  Ignore image number =10, 11, 12\r\n"
+                                        "  Montage method used =1 (x)\r\n  Increment size =8\r\n");
+    savePicture(testing::patternPicture(40, 30, 9), dir.path("job.qvz"), "BMP");
+    setFileName(dir.path("s1.png"));
+    form().mnuLoad_Click();
+    ASSERT_EQ(state.imageCount, 12);
+    openByDialog(dir.path("job.mon"));
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_EQ(ignoreChecks(), "0000000001");
+    EXPECT_EQ(state.imageCount, 12);
+}
+
+TEST_F(ProjectCommandsTest, AProjectWithoutOffsetsSwitchesThemOff) {
+    makeMontage();
+    saveAs(dir.path("job.mon"));
+    ASSERT_EQ(readBytes(dir.path("job.mon")).find("offset X"), std::string::npos);
+    form().m.mnuAddOffsets->setChecked(true);
+    form().statusWindow()->show();
+    for (int k = 1; k <= 5; ++k) {
+        form().pictureWindow(k)->PictureFile->setMarksVisible(true);
+    }
+    openByDialog(dir.path("job.mon"));
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_FALSE(form().m.mnuAddOffsets->isChecked());
+    EXPECT_FALSE(form().statusWindow()->isVisible());
+    for (int k = 1; k <= 5; ++k) {
+        EXPECT_FALSE(form().pictureWindow(k)->PictureFile->marksVisible()) << k;
+    }
+}
+
+// Full disk: where the save fails, the message it gives, and the old pair unchanged.
+struct FullDiskRow {
+    const char* name;
+    long limit;
+    int expected;  // 1 the write message, 2 the general message of the picture
+};
+
+class ProjectSaveFullDisk : public ProjectCommandsTest,
+                            public ::testing::WithParamInterface<FullDiskRow> {};
+
+TEST_P(ProjectSaveFullDisk, LeavesTheOldPairByteForByte) {
+    makeMontage();
+    writeBytes(dir.path("job.mon"), "[project]\r\nold report\r\n\r\n");
+    writeBytes(dir.path("job.qvz"), "old picture");
+    const int outcome = testing::withFullDisk(GetParam().limit, [this] {
+        saveAs(dir.path("job.mon"));
+        if (ui.messages.size() != 1) {
+            return 9;
+        }
+        const std::string& text = lastMessage().text;
+        if (text.find("problem in writing to that file.   The error message is 'Disk full'") !=
+            std::string::npos) {
+            return 1;
+        }
+        return text == "error 61 (Disk full) at line 33000 of mnuSave" ? 2 : 8;
+    });
+    EXPECT_EQ(outcome, GetParam().expected);
+    EXPECT_EQ(readBytes(dir.path("job.mon")), "[project]\r\nold report\r\n\r\n");
+    EXPECT_EQ(readBytes(dir.path("job.qvz")), "old picture");
+    std::vector<std::string> left;
+    for (const auto& entry : fs::directory_iterator(dir.root())) {
+        const std::string n = entry.path().filename().string();
+        if (n.find("job") != std::string::npos) {
+            left.push_back(n);
+        }
+    }
+    std::sort(left.begin(), left.end());
+    EXPECT_EQ(left, (std::vector<std::string>{"job.mon", "job.qvz"}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Save, ProjectSaveFullDisk,
+                         ::testing::Values(FullDiskRow{"ProjectFile", 200, 1},
+                                           FullDiskRow{"Picture", 2000, 2}),
+                         [](const ::testing::TestParamInfo<FullDiskRow>& info) {
+                             return info.param.name;
+                         });
+
+TEST_F(ProjectCommandsTest, ReadOnlyFolderOrFileIsTheWriteMessageAndLeavesTheOldPair) {
+    makeMontage();
+    const std::string folder = dir.path("locked");
+    fs::create_directories(folder);
+    writeBytes(folder + "/job.mon", "[project]\r\nold report\r\n\r\n");
+    writeBytes(folder + "/job.qvz", "old picture");
+
+    fs::permissions(folder + "/job.qvz", fs::perms::owner_read, fs::perm_options::replace);
+    saveAs(folder + "/job.mon");
+    expectWriteMessage("Permission denied");
+    fs::permissions(folder + "/job.qvz", fs::perms::owner_read | fs::perms::owner_write,
+                    fs::perm_options::replace);
+
+    ui.messages.clear();
+    const bool locked = testing::setFolderReadOnly(folder, true);
+    saveAs(folder + "/job.mon");
+    testing::setFolderReadOnly(folder, false);
+    if (!locked) {
+        GTEST_SKIP() << "this user may write into any folder";
+    }
+    expectWriteMessage("Permission denied");
+    EXPECT_EQ(readBytes(folder + "/job.mon"), "[project]\r\nold report\r\n\r\n");
+    EXPECT_EQ(readBytes(folder + "/job.qvz"), "old picture");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 2);
+}
+
+// A bracket taken by hand: image k moved by kShifts[k - 1], its mark on the feature
+// that image 1's mark covers at the design place (13, 13).
+class ProjectOffsetsTest : public ProjectCommandsTest {
+  protected:
+    static constexpr std::pair<int, int> kShifts[3] = {{0, 0}, {5, -3}, {-4, 6}};
+    void makeBracket() {
+        const double gains[] = {0.6, 1.0, 1.7};
+        for (int k = 1; k <= 3; ++k) {
+            const auto [dx, dy] = kShifts[k - 1];
+            testing::savePictureFile(testing::shiftedScene(64, 48, dx, dy, gains[k - 1]),
+                                     dir.path("h" + std::to_string(k) + ".png"));
+        }
+    }
+    // Offsets on in maximum area, image 2 left out.
+    void makeOffsetMontage() {
+        makeBracket();
+        setFileName(dir.path("h1.png"));
+        setIncrement("6");
+        form().CommandGo_Click();
+        for (int k = 2; k <= 3; ++k) {
+            const auto [dx, dy] = kShifts[k - 1];
+            box(k)->moveShape(0, dx, dy);
+            box(k)->moveShape(1, dx + 8, dy + 8);
+        }
+        form().m.mnuAddOffsets->trigger();
+        form().m.mnuActivateOffsetsMax->trigger();
+        form().m.mnuignoreImage[1]->setChecked(true);
+        form().CommandGo_Click();
+        ASSERT_TRUE(ui.messages.empty()) << lastMessage().text;
+    }
+    PictureBox* box(int k) { return form().pictureWindow(k)->PictureFile; }
+    QPoint centre(int k, int member = 0) {
+        const QRect& circle = box(k)->Shape1(member);
+        return {circle.left() + circle.width() / 2, circle.top() + circle.height() / 2};
+    }
+};
+
+TEST_F(ProjectOffsetsTest, OpenPutsBackTheMarksTheAreaAndTheStatusStrip) {
+    makeOffsetMontage();
+    saveAs(dir.path("h.mon"));
+    const std::string text = readBytes(dir.path("h.mon"));
+    ASSERT_NE(text.find("  Offset display method =Maximum\r\n"), std::string::npos);
+    ASSERT_NE(text.find("  Image 3 offset X =9\r\n  Image 3 offset Y =19\r\n"), std::string::npos);
+    ASSERT_EQ(text.find("Image 2 offset"), std::string::npos);
+    const QImage stored = montage();
+
+    form().m.mnuAddOffsets->trigger();  // off: marks hidden, strip gone
+    form().m.mnuActivateOffsetsMin->trigger();
+    for (int k = 1; k <= 3; ++k) {
+        box(k)->moveShape(0, 30, 20);
+        box(k)->moveShape(1, 38, 28);
+    }
+    openByDialog(dir.path("h.mon"));
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_TRUE(form().m.mnuAddOffsets->isChecked());
+    EXPECT_FALSE(form().m.mnuActivateOffsetsMin->isChecked());
+    EXPECT_TRUE(form().m.mnuActivateOffsetsMax->isChecked());
+    EXPECT_FALSE(form().m.mnuActivateOffsetsSame->isChecked());
+    EXPECT_EQ(ignoreChecks(), "0100000000");
+    EXPECT_EQ(centre(1), QPoint(13, 13));
+    EXPECT_EQ(centre(3), QPoint(9, 19));
+    EXPECT_EQ(centre(3, 1), QPoint(9, 19));  // the inner circle stays concentric
+    // Image 2 was left out, so the project holds no centre for it: "0" puts it at 0, 0.
+    EXPECT_EQ(centre(2), QPoint(0, 0));
+    for (int k = 1; k <= 3; ++k) {
+        EXPECT_TRUE(box(k)->marksVisible()) << k;
+    }
+    EXPECT_TRUE(form().statusWindow()->isVisible());
+    EXPECT_EQ(form().statusWindow()->LabelStatus->text().toStdString(),
+              "     Image 1 = 13 , 13    Image 2 = 0 , 0    Image 3 = 9 , 19");
+    EXPECT_EQ(montage(), stored);
+    EXPECT_EQ(state.propertiesString, text.substr(11));
+}
+
+TEST_F(ProjectOffsetsTest, NoSeriesLoadedShowsTheStripAndPlacesNoMark) {
+    makeOffsetMontage();
+    saveAs(dir.path("h.mon"));
+    window.reset();
+    ui = {};
+    state = ProgramState();
+    state.appPath = dir.root() + "/";
+    start();
+    ASSERT_EQ(state.imageCount, 0);
+    openByDialog(dir.path("h.mon"));
+    // The marks of the series loaded by the project stand at their design places.
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_TRUE(form().m.mnuAddOffsets->isChecked());
+    EXPECT_TRUE(form().m.mnuActivateOffsetsMax->isChecked());
+    EXPECT_EQ(state.imageCount, 3);
+    EXPECT_EQ(centre(3), QPoint(13, 13));
+    EXPECT_TRUE(form().statusWindow()->isVisible());
+}
+
+TEST_F(ProjectOffsetsTest, ImageOneMarkAtXZeroReadsAsNoOffsets) {
+    makeBracket();
+    setFileName(dir.path("h1.png"));
+    form().mnuLoad_Click();
+    form().m.mnuAddOffsets->trigger();
+    writeBytes(dir.path("h.mon"), "[project]\r\n  First file name =" + dir.path("h1.png") +
+                                      "\r\n  Montage method used =0 (x)\r\n  Increment size =6\r\n"
+                                      "  Offset display method =Same\r\n  Image 1 offset X =0\r\n"
+                                      "  Image 1 offset Y =13\r\n  Image 2 offset X =40\r\n");
+    savePicture(testing::patternPicture(64, 48, 1), dir.path("h.qvz"), "BMP");
+    openByDialog(dir.path("h.mon"));
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_FALSE(form().m.mnuAddOffsets->isChecked());
+    EXPECT_FALSE(form().statusWindow()->isVisible());
+    EXPECT_FALSE(box(1)->marksVisible());
+}
+
+// The batch front writes a project that the window program opens to the same picture
+// and report that the batch front makes again from it.
+TEST_F(ProjectOffsetsTest, CliRoundTripMatchesTheWindowProgram) {
+    makeBracket();
+    std::ostringstream out;
+    std::ostringstream err;
+    ASSERT_EQ(runCli({"montage", dir.path("h1.png"), "-i", "6", "-m", "4", "--ignore", "3",
+                      "--offsets", "max", "--mark", "2:18,10", "--mark", "3:9,19", "--save-project",
+                      dir.path("p.mon")},
+                     "/", out, err),
+              0)
+        << err.str();
+    std::ostringstream again;
+    ASSERT_EQ(runCli({"montage", "--project", dir.path("p.mon"), "-o", dir.path("out.bmp"),
+                      "--report", "-"},
+                     "/", again, err),
+              0)
+        << err.str();
+
+    makeSeries("s", 2);
+    setFileName(dir.path("s1.png"));
+    form().mnuLoad_Click();  // a series of two: marks and ignore ticks of images 1 and 2
+    openByDialog(dir.path("p.mon"));
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_EQ(bmp(dir.path("out.bmp")), montage());
+    EXPECT_EQ(again.str(), state.propertiesString);
+    EXPECT_EQ(checkedMethods(), "0000100");
+    EXPECT_TRUE(form().m.mnuActivateOffsetsMax->isChecked());
+    EXPECT_EQ(centre(2), QPoint(18, 10));
+}
+
+}  // namespace
+}  // namespace lumiquilt
