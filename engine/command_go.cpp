@@ -9,6 +9,7 @@
 
 #include "core/form_montage.h"
 #include "core/text.h"
+#include "display/wait_cursor.h"
 #include "display/window_geometry.h"
 #include "engine/create_image.h"
 #include "engine/form_preview.h"
@@ -30,7 +31,6 @@ std::string textOf(const QLineEdit* field) {
 class CreateImageWindows : public CreateImageFront {
   public:
     explicit CreateImageWindows(FormMontage& form) : f(form), s(form.state()) {}
-    ~CreateImageWindows() override { setBusy(false); }
     CreateImageWindows(const CreateImageWindows&) = delete;
     CreateImageWindows& operator=(const CreateImageWindows&) = delete;
 
@@ -82,14 +82,7 @@ class CreateImageWindows : public CreateImageFront {
     SeriesFrames* seriesFrames() override { return m_reader ? m_reader->frames() : nullptr; }
     void seriesRead() override { m_reader.reset(); }
 
-    void setBusy(bool busy) override {
-        if (busy && !m_busy) {
-            QApplication::setOverrideCursor(Qt::WaitCursor);
-        } else if (!busy && m_busy) {
-            QApplication::restoreOverrideCursor();
-        }
-        m_busy = busy;
-    }
+    void setBusy(bool busy) override { m_cursor.set(busy); }
     void clearMontagePicture() override { f.montageWindow()->PictureFile->clearPicture(); }
     void hideLastRun(const std::string& firstFileName) override {
         f.montageWindow()->setWindowTitle(
@@ -156,7 +149,7 @@ class CreateImageWindows : public CreateImageFront {
   private:
     FormMontage& f;
     ProgramState& s;
-    bool m_busy = false;
+    WaitCursor m_cursor;
     std::unique_ptr<SeriesReader> m_reader;
 };
 

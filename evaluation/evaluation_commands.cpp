@@ -7,6 +7,7 @@
 #include "core/form_montage.h"
 #include "core/numbers.h"
 #include "core/runtime_error.h"
+#include "display/wait_cursor.h"
 #include "display/window_geometry.h"
 #include "engine/command_go.h"
 #include "engine/measures.h"
@@ -28,7 +29,6 @@ class EvaluationWindows : public EvaluationFront {
   public:
     explicit EvaluationWindows(FormMontage& form)
         : f(form), s(form.state()), m_road(createImageWindows(form)) {}
-    ~EvaluationWindows() override { setBusy(false); }
     EvaluationWindows(const EvaluationWindows&) = delete;
     EvaluationWindows& operator=(const EvaluationWindows&) = delete;
 
@@ -53,14 +53,7 @@ class EvaluationWindows : public EvaluationFront {
     void announce(const std::string& text, const std::string& title) override {
         f.ui().messageBox(text, title, MessageIcon::exclamation);
     }
-    void setBusy(bool busy) override {
-        if (busy && !m_busy) {
-            QApplication::setOverrideCursor(Qt::WaitCursor);
-        } else if (!busy && m_busy) {
-            QApplication::restoreOverrideCursor();
-        }
-        m_busy = busy;
-    }
+    void setBusy(bool busy) override { m_cursor.set(busy); }
     void yieldEvents() override { f.yieldEvents(); }
     void keepMethodResult(int slot, int method) override;
     void raisePreview() override {
@@ -84,7 +77,7 @@ class EvaluationWindows : public EvaluationFront {
     FormMontage& f;
     ProgramState& s;
     std::unique_ptr<CreateImageFront> m_road;
-    bool m_busy = false;
+    WaitCursor m_cursor;
 };
 
 // Each result window hangs under its dominant-image window, and each pair stands 80
