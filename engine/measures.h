@@ -1,10 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <functional>
 #include <string_view>
 
+#include "core/numbers.h"
 #include "core/program_state.h"
 #include "core/runtime_error.h"
 
@@ -22,8 +24,44 @@ inline constexpr std::array<std::string_view, kMethodCount> kMethodCaptions = {
 inline constexpr float kNoMeasure = -99999.0f;
 inline constexpr float kBestStart = -999999.0f;
 
-/// The score of one pixel under method 0 to 6; higher is better.
-float exposureMeasure(int method, int red, int green, int blue);
+/// The score of one pixel under method 0 to 6; higher is better. Inline, as the
+/// block loop asks for it once per image and block.
+inline float exposureMeasure(int method, int red, int green, int blue) {
+    constexpr int kGreyPivot = 136;
+    auto tent = [](int channel) { return channel > kGreyPivot ? 255 - channel : channel; };
+    auto absDiff = [](int a, int b) { return a > b ? a - b : b - a; };
+    switch (method) {
+        case 0: {
+            // Each square in double, subtracted in turn from zero, stored as a float.
+            double total = 0.0;
+            total -= static_cast<double>(kGreyPivot - red) * (kGreyPivot - red);
+            total -= static_cast<double>(kGreyPivot - green) * (kGreyPivot - green);
+            total -= static_cast<double>(kGreyPivot - blue) * (kGreyPivot - blue);
+            return static_cast<float>(total);
+        }
+        case 1: {
+            int m = absDiff(red, blue);
+            m = std::max(m, absDiff(red, green));
+            m = std::max(m, absDiff(green, blue));
+            return static_cast<float>(m);
+        }
+        case 2:
+            return static_cast<float>(absDiff(red, blue) + absDiff(red, green) +
+                                      absDiff(blue, green));
+        case 3: {
+            const int t = red + green + blue;
+            return static_cast<float>(765 - t > t ? t : 765 - t);
+        }
+        case 4:
+            return static_cast<float>(tent(red));
+        case 5:
+            return static_cast<float>(tent(green));
+        case 6:
+            return static_cast<float>(tent(blue));
+        default:
+            return kNoMeasure;
+    }
+}
 
 /// The first method whose flag is set, or -1 when none is.
 int selectedMethod(const std::array<Flag, kMethodCount>& methodChecked);
@@ -48,6 +86,8 @@ class MeasureContext {
                   bool& written) const;
 
   private:
+    void tellError(const RuntimeError& error) const;
+
     const ProgramState& m_state;
     MeasureErrorFn m_onError;
     int m_method;
@@ -55,6 +95,41 @@ class MeasureContext {
     std::size_t m_rowBytes;
     std::size_t m_imageBytes;
 };
+
+// Inline, with the 16-bit tests as plain comparisons: the loop makes one call per
+// image and block, and only a failing test goes out of line (checkedInt16 throws
+// the very error it always did).
+inline float MeasureContext::measure(int16_t x, int16_t y, int16_t k, int16_t& sampleX,
+                                     int16_t& sampleY, bool& written) const {
+    written = false;
+    if (m_state.isIgnored(k)) {
+        return kNoMeasure;
+    }
+    auto fits = [](long long v) { return v >= INT16_MIN && v <= INT16_MAX; };
+    try {
+        const long long wantX =
+            static_cast<long long>(m_state.offsetX(k)) - m_state.offsetBaseX + x;
+        sampleX = fits(wantX) ? static_cast<int16_t>(wantX) : checkedInt16(wantX);
+        const long long wantY =
+            static_cast<long long>(m_state.offsetBaseY) - m_state.offsetY(k) + y;
+        sampleY = fits(wantY) ? static_cast<int16_t>(wantY) : checkedInt16(wantY);
+    } catch (const RuntimeError& error) {
+        tellError(error);
+        return kNoMeasure;
+    }
+    written = true;
+    if (sampleX < 0 || sampleY < 0 || m_method < 0) {
+        return kNoMeasure;
+    }
+    const PixelBuffers& b = m_state.buffers;
+    if (sampleX > b.seriesMaxX || sampleY > b.seriesMaxY || k > b.seriesMaxImage) {
+        return exposureMeasure(m_method, 0, 0, 0);
+    }
+    const uint8_t* p = m_series + static_cast<std::size_t>(k - 1) * m_imageBytes +
+                       static_cast<std::size_t>(sampleY) * m_rowBytes +
+                       static_cast<std::size_t>(sampleX) * 3;
+    return exposureMeasure(m_method, p[2], p[1], p[0]);
+}
 
 /// The measure of one image at one block corner, as MeasureContext gives it.
 float gotFocusMeasure(const ProgramState& state, int16_t x, int16_t y, int16_t k, int16_t& sampleX,

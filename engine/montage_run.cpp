@@ -139,30 +139,64 @@ bool clipBlock(const PixelBuffers& b, int winner, int x0, int y0, int increment,
     return true;
 }
 
-// Copies a row of blocks a montage row at a time, so that the writes run along
-// memory as a plain copy's do; blocks never overlap, so the order is free.
-void copyBlockRow(PixelBuffers& b, const std::vector<BlockCopy>& copies) {
+// One run of a block row: a call to memcpy per 60-byte run cost more than the
+// move itself, so short runs go as 16-byte moves, the last one overlapping its
+// neighbour inside the run so that no byte outside is touched.
+inline void copyRun(uint8_t* target, const uint8_t* source, std::size_t bytes) {
+    if (bytes < 16 || bytes > 64) {
+        std::memcpy(target, source, bytes);
+        return;
+    }
+    std::size_t i = 0;
+    for (; i + 16 < bytes; i += 16) {
+        std::memcpy(target + i, source + i, 16);
+    }
+    std::memcpy(target + bytes - 16, source + bytes - 16, 16);
+}
+
+// Copies the blocks that share rows first..last a montage row at a time, so that
+// the writes run along memory as a plain copy's do.
+void copyBlockRange(PixelBuffers& b, const BlockCopy* copies, std::size_t count) {
+    const std::size_t montageRow = b.montageRowBytes();
+    const std::size_t seriesRow = b.seriesRowBytes();
+    uint8_t* row = b.montageSlot(PixelBuffers::kFirstMontageSlot) +
+                   static_cast<std::size_t>(copies[0].pyFirst) * montageRow;
+    const std::size_t rows = static_cast<std::size_t>(copies[0].pyLast - copies[0].pyFirst + 1);
+    for (std::size_t r = 0; r < rows; ++r, row += montageRow) {
+        const std::size_t down = r * seriesRow;
+        for (std::size_t i = 0; i < count; ++i) {
+            const BlockCopy& c = copies[i];
+            copyRun(row + 3u * static_cast<std::size_t>(c.pxFirst), c.source + down, c.runBytes);
+        }
+    }
+}
+
+// Copies a row of blocks. Blocks clipped by an offset can cover fewer rows than
+// their neighbours; each set of equal rows goes on its own, which blocks never
+// overlapping allows.
+void copyBlockRow(PixelBuffers& b, std::vector<BlockCopy>& copies) {
     if (copies.empty()) {
         return;
     }
-    int first = copies.front().pyFirst;
-    int last = copies.front().pyLast;
-    for (const BlockCopy& c : copies) {
-        first = std::min(first, c.pyFirst);
-        last = std::max(last, c.pyLast);
+    auto sameRows = [](const BlockCopy& l, const BlockCopy& r) {
+        return l.pyFirst == r.pyFirst && l.pyLast == r.pyLast;
+    };
+    const bool allAlike = std::all_of(copies.begin(), copies.end(), [&](const BlockCopy& c) {
+        return sameRows(c, copies.front());
+    });
+    if (!allAlike) {
+        std::stable_sort(copies.begin(), copies.end(), [](const BlockCopy& l, const BlockCopy& r) {
+            return l.pyFirst != r.pyFirst ? l.pyFirst < r.pyFirst : l.pyLast < r.pyLast;
+        });
     }
-    const std::size_t montageRow = b.montageRowBytes();
-    const std::size_t seriesRow = b.seriesRowBytes();
-    uint8_t* montage = b.montageSlot(PixelBuffers::kFirstMontageSlot);
-    for (int py = first; py <= last; ++py) {
-        uint8_t* row = montage + static_cast<std::size_t>(py) * montageRow;
-        for (const BlockCopy& c : copies) {
-            if (py >= c.pyFirst && py <= c.pyLast) {
-                std::memcpy(row + 3u * static_cast<std::size_t>(c.pxFirst),
-                            c.source + static_cast<std::size_t>(py - c.pyFirst) * seriesRow,
-                            c.runBytes);
-            }
+    std::size_t start = 0;
+    while (start < copies.size()) {
+        std::size_t end = start + 1;
+        while (end < copies.size() && sameRows(copies[end], copies[start])) {
+            ++end;
         }
+        copyBlockRange(b, copies.data() + start, end - start);
+        start = end;
     }
 }
 

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "core/runtime_error.h"
+#include "engine/measures.h"
 #include "engine/montage_run.h"
 #include "engine_fixtures.h"
 
@@ -334,6 +337,114 @@ TEST(BlockLoop, ImageOfAnotherSizeIsReadInImageOnesFrame) {
     s.increment = 3;
     runBlockLoop(s, 0, nullptr);
     EXPECT_EQ(sourceOf(s, 3, 3), 2);
+}
+
+// The block loop at its plainest: every block pixel by pixel, with the winner
+// taken from the same measures. The loop proper copies whole runs of blocks.
+void plainBlockLoop(ProgramState& s, int16_t rowShift) {
+    const PixelBuffers& b = s.buffers;
+    const MeasureContext measures(s);
+    const int increment = s.increment;
+    for (int y0 = 0; y0 <= static_cast<int>(s.imageHeight); y0 += increment) {
+        for (int x0 = 0; x0 <= static_cast<int>(s.imageWidth) - 1; x0 += increment) {
+            float best = kBestStart;
+            int winner = 0;
+            bool hasSample = false;
+            int16_t wx = 0;
+            int16_t wy = 0;
+            for (int k = 1; k <= s.imageCount; ++k) {
+                int16_t sx = 0;
+                int16_t sy = 0;
+                bool written = false;
+                const float m =
+                    measures.measure(static_cast<int16_t>(x0), static_cast<int16_t>(y0 + rowShift),
+                                     static_cast<int16_t>(k), sx, sy, written);
+                if (m > best) {
+                    best = m;
+                    winner = k;
+                    hasSample = written;
+                    wx = written ? sx : wx;
+                    wy = written ? sy : wy;
+                }
+            }
+            if (winner == 0 || !hasSample) {
+                continue;
+            }
+            for (int py = y0; py < y0 + increment && py <= b.montageMaxY; ++py) {
+                for (int px = x0; px < x0 + increment && px <= b.montageMaxX; ++px) {
+                    const int sx = px + wx - x0;
+                    const int sy = py + wy - y0;
+                    if (sx >= 0 && sy >= 0 && sx <= b.seriesMaxX && sy <= b.seriesMaxY) {
+                        std::memcpy(s.buffers.montageSlot(100) + py * b.montageRowBytes() + px * 3,
+                                    b.seriesImage(winner) + sy * b.seriesRowBytes() + sx * 3, 3);
+                    }
+                }
+            }
+        }
+    }
+}
+
+struct RunRow {
+    const char* name;
+    int width, height;  // the series
+    int montageWidth, montageHeight;
+    int increment;  // 3 x increment bytes a block row: below, at and above 16
+    std::vector<std::pair<int, int>> offsets;  // per image
+    int16_t baseX, baseY, rowShift;
+    int method;
+};
+
+// Every byte of the montage, padding and untouched ones too, as the plain loop
+// leaves it; offsets that differ down the images cut neighbouring blocks of one
+// block row to different rows.
+TEST(BlockLoop, RunsOfBlocksCopyWhatThePlainLoopCopies) {
+    const RunRow rows[] = {
+        {"ByPixel", 13, 9, 13, 9, 1, {{0, 0}, {1, 0}, {0, 1}}, 0, 0, 0, 0},
+        {"FiveBelowSixteenBytes", 37, 23, 37, 23, 5, {{0, 0}, {0, 0}, {0, 0}}, 0, 0, 0, 1},
+        {"SixEighteenBytes", 41, 29, 41, 29, 6, {{0, 0}, {2, -3}, {-1, 4}}, 0, 0, 0, 2},
+        {"SixteenFortyEight", 70, 50, 70, 50, 16, {{0, 0}, {5, -7}, {-3, 9}}, 0, 0, 0, 3},
+        {"TwentyCutRows", 97, 61, 104, 72, 20, {{0, 0}, {4, -11}, {-6, 13}, {1, 2}}, 6, 13, 0, 0},
+        {"ShiftedRows", 64, 48, 64, 40, 11, {{0, 0}, {0, -5}, {3, 6}}, 0, 6, 5, 4},
+        {"OneBlockWider", 30, 20, 30, 20, 64, {{0, 0}, {-2, 3}}, 0, 3, 0, 5},
+    };
+    for (const RunRow& r : rows) {
+        const int images = static_cast<int>(r.offsets.size());
+        ProgramState s = makeState(r.width, r.height, images, r.method);
+        for (int k = 1; k <= images; ++k) {
+            for (int y = 0; y <= s.buffers.seriesMaxY; ++y) {
+                for (int x = 0; x <= s.buffers.seriesMaxX; ++x) {
+                    const unsigned h = (x * 2654435761u) ^ (y * 40503u) ^ (k * 97u);
+                    setPixel(s, k, x, y, static_cast<int>(h % 256), static_cast<int>(h / 7 % 256),
+                             static_cast<int>(h / 131 % 256));
+                }
+            }
+            s.offsetX(k) = static_cast<int16_t>(r.offsets[static_cast<size_t>(k - 1)].first);
+            s.offsetY(k) = static_cast<int16_t>(r.offsets[static_cast<size_t>(k - 1)].second);
+        }
+        s.offsetBaseX = r.baseX;
+        s.offsetBaseY = r.baseY;
+        s.imageWidth = static_cast<float>(r.montageWidth);
+        s.imageHeight = static_cast<float>(r.montageHeight);
+        s.buffers.sizeMontage(r.montageWidth, r.montageHeight);
+        const size_t bytes =
+            s.buffers.montageRowBytes() * static_cast<size_t>(s.buffers.montageMaxY + 1);
+        std::memset(s.buffers.montageSlot(100), 0xab, bytes);
+        s.increment = static_cast<int16_t>(r.increment);
+        plainBlockLoop(s, r.rowShift);
+        const std::vector<uint8_t> want(s.buffers.montageSlot(100),
+                                        s.buffers.montageSlot(100) + bytes);
+        std::memset(s.buffers.montageSlot(100), 0xab, bytes);
+        runBlockLoop(s, r.rowShift, nullptr);
+        const uint8_t* got = s.buffers.montageSlot(100);
+        size_t differing = 0;
+        size_t copied = 0;
+        for (size_t i = 0; i < bytes; ++i) {
+            differing += got[i] != want[i] ? 1 : 0;
+            copied += want[i] != 0xab ? 1 : 0;
+        }
+        EXPECT_EQ(differing, 0u) << r.name;
+        EXPECT_GT(copied, bytes / 2) << r.name;
+    }
 }
 
 }  // namespace
