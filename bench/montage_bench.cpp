@@ -37,6 +37,7 @@
 #include "engine/montage_run.h"
 #include "output/gif_encoder.h"
 #include "persistence/settings.h"
+#include "series/image_offsets.h"
 #include "series/picture_io.h"
 #include "series/series_decode.h"
 #include "series/series_name.h"
@@ -258,6 +259,26 @@ void benchSeries(const std::string& first, bool quick) {
         std::snprintf(name, sizeof name, "block loop, increment %d", increment);
         row(name, loop, plainCopy, "plain copy of the montage");
     }
+    // The same loop on a bracket aligned by its marks: every other image stands 7 right
+    // and 5 down of the first, cut to the minimum area that all of them share.
+    {
+        const float width = state.imageWidth;
+        const float height = state.imageHeight;
+        state.increment = 20;
+        collectTargetCentres(state, [](int k) {
+            return k % 2 == 0 ? MarkCentre{20.0, 18.0} : MarkCentre{13.0, 13.0};
+        });
+        const OffsetStep step = applyOffsetMode(state, OffsetMode::minimum, width, height);
+        state.buffers.sizeMontage(static_cast<int>(state.imageWidth),
+                                  static_cast<int>(state.imageHeight));
+        const double loop =
+            seconds([&] { runBlockLoop(state, step.rowShift, nullptr); }, repeats * 3);
+        row("block loop, increment 20, offsets", loop, plainCopy, "plain copy of the montage");
+        clearImageOffsets(state);
+        state.imageWidth = width;
+        state.imageHeight = height;
+        state.buffers.sizeMontage(static_cast<int>(width), static_cast<int>(height));
+    }
     // Where the block loop's time goes: the measures alone, one per image and block.
     state.increment = 20;
     const double measuresOnly = seconds(
@@ -370,6 +391,25 @@ void benchSeries(const std::string& first, bool quick) {
             repeats);
         row("whole cli run with -o out.bmp", whole, djpegAll, "djpeg -bmp, one after another");
     }
+    if (quick || names.size() > 5) {
+        return;
+    }
+    // The passes read the series once: seven block loops and scores should cost little
+    // beside it, and even 140 runs only a few montages' worth.
+    auto commandRun = [&](const QStringList& command, int times) {
+        return seconds(
+            [&] {
+                QProcess process;
+                process.start(cli, command + QStringList{QString::fromStdString(first)});
+                process.waitForFinished(-1);
+            },
+            times);
+    };
+    const double montageRun = commandRun({"montage"}, repeats);
+    const double compare = commandRun({"compare"}, repeats);
+    const double evaluateAll = commandRun({"evaluate", "--all-methods"}, 1);
+    row("cli compare", compare, montageRun, "one cli montage run (target 2 x)");
+    row("cli evaluate --all-methods", evaluateAll, montageRun, "one cli montage run (target 6 x)");
 }
 
 }  // namespace
