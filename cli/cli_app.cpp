@@ -219,6 +219,11 @@ Options parseOptions(const std::vector<std::string>& args) {
     return o;
 }
 
+bool sameSeries(const SeriesPattern& a, const SeriesPattern& b) {
+    return a.prefix == b.prefix && a.suffix == b.suffix && a.width == b.width &&
+           a.seriesBase == b.seriesBase;
+}
+
 // The command-line side of a run: the options are the controls, the decoded series
 // stands in for the picture windows, and messages go to standard error.
 class CliFront : public CreateImageFront {
@@ -267,10 +272,16 @@ class CliFront : public CreateImageFront {
     }
 
     void seriesFound(const SeriesPattern& pattern) override {
+        // The passes of compare and evaluate name the same series again and again: the
+        // reader keeps its pictures and reads a member again only when its file changed.
+        if (m_reader && m_readerPattern && sameSeries(*m_readerPattern, pattern)) {
+            return;
+        }
         progress("decoding the series");
         m_reader.reset();
         // A single montage reads its pictures once: they need not outlive their frames.
         m_reader = std::make_unique<SeriesReader>(pattern, m_options.command != "montage", 2);
+        m_readerPattern = pattern;
     }
     void loadMember(int k, const std::string& fileName) override {
         if (!m_reader) {
@@ -292,6 +303,7 @@ class CliFront : public CreateImageFront {
         // A single montage never reads its pictures again: the memory is the output's.
         if (m_options.command == "montage") {
             m_reader.reset();
+            m_readerPattern.reset();
         }
     }
     void previewRow(int16_t /*y0*/) override {
@@ -335,6 +347,7 @@ class CliFront : public CreateImageFront {
     std::ostream& m_err;
     bool m_progress;
     std::unique_ptr<SeriesReader> m_reader;
+    std::optional<SeriesPattern> m_readerPattern;
     int m_row = 0;
 };
 
