@@ -114,10 +114,24 @@ void SampleBuffer::release() {
     m_mappingSize = 0;
 }
 
+std::size_t SampleBuffer::largestBlock() {
+#if defined(__linux__)
+    const long pages = ::sysconf(_SC_PHYS_PAGES);
+    const long pageSize = ::sysconf(_SC_PAGESIZE);
+    if (pages > 0 && pageSize > 0) {
+        return static_cast<std::size_t>(pages) / 4 * 3 * static_cast<std::size_t>(pageSize);
+    }
+#endif
+    return std::size_t{1} << 40;
+}
+
 void SampleBuffer::allocateZeroed(std::size_t bytes) {
     release();
     if (bytes == 0) {
         return;
+    }
+    if (bytes > largestBlock()) {
+        throw RuntimeError(kOutOfMemory);
     }
 #if defined(__linux__)
     if (bytes >= kLargeBuffer) {

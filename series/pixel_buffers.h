@@ -37,8 +37,12 @@ class SampleBuffer {
     SampleBuffer& operator=(SampleBuffer&& other) noexcept;
     ~SampleBuffer();
 
-    /// Drops the old contents and takes `bytes` zero bytes. Throws RuntimeError 7.
+    /// Drops the old contents and takes `bytes` zero bytes. Throws RuntimeError 7,
+    /// also for a block larger than largestBlock(), before anything is allocated.
     void allocateZeroed(std::size_t bytes);
+    /// The largest block a buffer may take: three quarters of the machine's memory.
+    /// The system would grant more on paper and end the process when it is touched.
+    static std::size_t largestBlock();
     /// Keeps the first `bytes` bytes and gives the rest back; never grows.
     void shrink(std::size_t bytes);
 

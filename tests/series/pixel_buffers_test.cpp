@@ -182,3 +182,34 @@ TEST(DimensionMessage, ExactText) {
 
 }  // namespace
 }  // namespace lumiquilt
+
+namespace lumiquilt {
+namespace {
+
+// A series the machine can't hold is refused before anything is taken, though the
+// system would map that much on paper and end the process once it is touched.
+TEST(SampleBuffer, BlockBeyondTheMachinesMemoryIsOutOfMemory) {
+    const std::size_t limit = SampleBuffer::largestBlock();
+    SampleBuffer buffer;
+    buffer.allocateZeroed(4096);
+    for (std::size_t bytes : {limit + 1, limit / 3 * 4, std::size_t{1} << 46}) {
+        try {
+            buffer.allocateZeroed(bytes);
+            ADD_FAILURE() << bytes << " bytes were granted";
+        } catch (const RuntimeError& error) {
+            EXPECT_EQ(error.number(), kOutOfMemory);
+        }
+        EXPECT_EQ(buffer.data(), nullptr);
+    }
+    // The series of thirty pictures of 32767 x 32767 that a lying header could ask for.
+    PixelBuffers buffers;
+    try {
+        buffers.sizeSeries(32767, 32767, 30);
+        ADD_FAILURE() << "96 GB of series were granted";
+    } catch (const RuntimeError& error) {
+        EXPECT_EQ(error.number(), kOutOfMemory);
+    }
+}
+
+}  // namespace
+}  // namespace lumiquilt
