@@ -166,6 +166,10 @@ class Run {
         if (loop.end == SeriesEnd::limit) {
             m_front.message(tooManyPicturesMessage(), kTooManyPicturesTitle, MessageIcon::critical);
         }
+        if (s.imageCount == 0 && loop.errorNumber != kFileNotFound) {
+            // Image 1 was there but could not be had, for want of memory above all.
+            throw RuntimeError(loop.errorNumber);
+        }
         if (s.imageCount == 0) {
             // The first file went between the test and the load.
             m_front.message(kFileMissingMessage, kFileMissingTitle, MessageIcon::exclamation);

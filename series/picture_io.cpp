@@ -50,14 +50,10 @@ bool isThirtyTwoBit(QImage::Format format) {
 
 // A blank picture in memory of the program's own, which a buffer owns: zero-filled
 // and, when large, in big pages, so that its first filling costs a fault every 2 MiB
-// rather than every 4 KiB. Null when there is no room.
+// rather than every 4 KiB. Throws RuntimeError 7 when there is no room.
 QImage ownedPicture(int width, int height, QImage::Format format, std::size_t bytesPerLine) {
     auto samples = std::make_unique<SampleBuffer>();
-    try {
-        samples->allocateZeroed(bytesPerLine * static_cast<std::size_t>(height));
-    } catch (const RuntimeError&) {
-        return {};
-    }
+    samples->allocateZeroed(bytesPerLine * static_cast<std::size_t>(height));
     uint8_t* bits = samples->data();
     return QImage(
         bits, width, height, static_cast<qsizetype>(bytesPerLine), format,
@@ -79,20 +75,24 @@ QImage decodePicture(const std::string& fileName, SampleBuffer* scratch) {
     const QImage::Format format = reader.imageFormat();
     const std::size_t rowBytes = 4u * static_cast<std::size_t>(std::max(size.width(), 0));
     const std::size_t bytes = rowBytes * static_cast<std::size_t>(std::max(size.height(), 0));
-    // A picture the decoder would refuse for its size is left to refuse it.
+    const bool sizeTaken =
+        size.width() > 0 && size.height() > 0 && size.width() <= 32767 && size.height() <= 32767;
+    // A picture of a size the program takes, but more than memory allows, is refused
+    // before the decoder takes anything; any other size is left to the decoder.
     const auto limit = static_cast<std::size_t>(QImageReader::allocationLimit()) << 20;
-    if (isThirtyTwoBit(format) && bytes > 0 && size.width() <= 32767 && size.height() <= 32767 &&
-        (limit == 0 || bytes <= limit)) {
-        if (scratch != nullptr && reader.format() == "jpeg") {
-            try {
-                if (scratch->size() < bytes) {
-                    scratch->allocateZeroed(bytes);
-                }
-                image = QImage(scratch->data(), size.width(), size.height(),
-                               static_cast<qsizetype>(rowBytes), format);
-            } catch (const RuntimeError&) {
-                // Without room for a scratch the decoder finds its own memory, or fails.
+    const bool intoScratch =
+        scratch != nullptr && isThirtyTwoBit(format) && reader.format() == "jpeg";
+    const std::size_t fresh = intoScratch ? bytes - std::min(bytes, scratch->size()) : bytes;
+    if (sizeTaken && ((limit != 0 && bytes > limit) || !SampleBuffer::wouldFit(fresh))) {
+        throw RuntimeError(kOutOfMemory);
+    }
+    if (isThirtyTwoBit(format) && sizeTaken) {
+        if (intoScratch) {
+            if (scratch->size() < bytes) {
+                scratch->allocateZeroed(bytes);
             }
+            image = QImage(scratch->data(), size.width(), size.height(),
+                           static_cast<qsizetype>(rowBytes), format);
         } else {
             image = ownedPicture(size.width(), size.height(), format, rowBytes);
         }

@@ -1,6 +1,7 @@
 #include "series/pixel_buffers.h"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <cstdlib>
 #include <cstring>
@@ -25,6 +26,32 @@ namespace {
 // them: far fewer page faults when the buffer is first written.
 constexpr std::size_t kLargePage = 2u << 20;
 constexpr std::size_t kLargeBuffer = 8u << 20;
+
+// What all buffers hold, against the budget: decoding threads allocate at once.
+std::atomic<std::size_t> g_held{0};
+std::atomic<std::size_t> g_budgetSet{0};
+
+std::size_t machineBudget() {
+#if defined(__linux__)
+    const long pages = ::sysconf(_SC_PHYS_PAGES);
+    const long pageSize = ::sysconf(_SC_PAGESIZE);
+    if (pages > 0 && pageSize > 0) {
+        return static_cast<std::size_t>(pages) / 4 * 3 * static_cast<std::size_t>(pageSize);
+    }
+#endif
+    return std::size_t{1} << 40;
+}
+
+// Takes `bytes` out of the budget, or throws RuntimeError 7.
+void reserve(std::size_t bytes) {
+    const std::size_t limit = SampleBuffer::budget();
+    std::size_t held = g_held.load();
+    do {
+        if (bytes > limit || held > limit - bytes) {
+            throw RuntimeError(kOutOfMemory);
+        }
+    } while (!g_held.compare_exchange_weak(held, held + bytes));
+}
 
 // Four 32-bit pixels (blue, green, red, unused) become three words of three-byte
 // pixels: one load and one store per word instead of a byte at a time.
@@ -108,21 +135,31 @@ void SampleBuffer::release() {
 #else
     std::free(m_data);
 #endif
+    g_held -= m_size;
     m_data = nullptr;
     m_size = 0;
     m_mapping = nullptr;
     m_mappingSize = 0;
 }
 
-std::size_t SampleBuffer::largestBlock() {
-#if defined(__linux__)
-    const long pages = ::sysconf(_SC_PHYS_PAGES);
-    const long pageSize = ::sysconf(_SC_PAGESIZE);
-    if (pages > 0 && pageSize > 0) {
-        return static_cast<std::size_t>(pages) / 4 * 3 * static_cast<std::size_t>(pageSize);
-    }
-#endif
-    return std::size_t{1} << 40;
+std::size_t SampleBuffer::budget() {
+    static const std::size_t machine = machineBudget();
+    const std::size_t set = g_budgetSet.load();
+    return set != 0 ? set : machine;
+}
+
+void SampleBuffer::setBudget(std::size_t bytes) {
+    g_budgetSet = bytes;
+}
+
+std::size_t SampleBuffer::held() {
+    return g_held.load();
+}
+
+bool SampleBuffer::wouldFit(std::size_t bytes) {
+    const std::size_t limit = budget();
+    const std::size_t now = g_held.load();
+    return bytes <= limit && now <= limit - bytes;
 }
 
 void SampleBuffer::allocateZeroed(std::size_t bytes) {
@@ -130,9 +167,7 @@ void SampleBuffer::allocateZeroed(std::size_t bytes) {
     if (bytes == 0) {
         return;
     }
-    if (bytes > largestBlock()) {
-        throw RuntimeError(kOutOfMemory);
-    }
+    reserve(bytes);
 #if defined(__linux__)
     if (bytes >= kLargeBuffer) {
         // Fresh anonymous pages are zero; nothing is written until the buffer is used.
@@ -140,6 +175,7 @@ void SampleBuffer::allocateZeroed(std::size_t bytes) {
         void* mapping = ::mmap(nullptr, mappingSize, PROT_READ | PROT_WRITE,
                                MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (mapping == MAP_FAILED) {
+            g_held -= bytes;
             throw RuntimeError(kOutOfMemory);
         }
         const auto start = reinterpret_cast<std::uintptr_t>(mapping);
@@ -154,6 +190,7 @@ void SampleBuffer::allocateZeroed(std::size_t bytes) {
 #endif
     m_data = static_cast<uint8_t*>(std::calloc(bytes, 1));
     if (m_data == nullptr) {
+        g_held -= bytes;
         throw RuntimeError(kOutOfMemory);
     }
     m_size = bytes;
@@ -180,6 +217,7 @@ void SampleBuffer::shrink(std::size_t bytes) {
         }
     }
 #endif
+    g_held -= m_size - bytes;
     m_size = bytes;
 }
 

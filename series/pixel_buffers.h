@@ -38,11 +38,20 @@ class SampleBuffer {
     ~SampleBuffer();
 
     /// Drops the old contents and takes `bytes` zero bytes. Throws RuntimeError 7,
-    /// also for a block larger than largestBlock(), before anything is allocated.
+    /// also when all buffers together would hold more than budget(), before anything
+    /// is allocated.
     void allocateZeroed(std::size_t bytes);
-    /// The largest block a buffer may take: three quarters of the machine's memory.
-    /// The system would grant more on paper and end the process when it is touched.
-    static std::size_t largestBlock();
+    /// The most that all buffers of the process may hold together: three quarters of
+    /// the machine's memory. The system would grant more on paper and end the process
+    /// once it is touched.
+    static std::size_t budget();
+    /// Sets the budget to `bytes`; 0 gives back the machine's. For tests, and for a
+    /// front end that must leave memory to other work.
+    static void setBudget(std::size_t bytes);
+    /// Bytes that all buffers hold now.
+    static std::size_t held();
+    /// Whether `bytes` more would fit in the budget now.
+    static bool wouldFit(std::size_t bytes);
     /// Keeps the first `bytes` bytes and gives the rest back; never grows.
     void shrink(std::size_t bytes);
 

@@ -40,6 +40,11 @@ Outcome notFound() {
             MessageIcon::exclamation, 0, false};
 }
 
+Outcome outOfMemory() {
+    return {"error 7 (Out of memory) at line 5100 of CommandGo", std::string(kGeneralMessageTitle),
+            MessageIcon::critical, 0, false};
+}
+
 Outcome montageOf(int images) {
     return {"", "", MessageIcon::none, images, true};
 }
@@ -66,6 +71,7 @@ struct SeriesRow {
     std::string folder = "series";  ///< where the members lie
     std::string stem = "h";         ///< member k is stem + k + extension
     std::function<void(const QImage&)> checkMontage = nullptr;
+    std::size_t budget = 0;  ///< bytes the buffers may take beyond what they hold; 0: no limit
 };
 
 void PrintTo(const SeriesRow& row, std::ostream* out) {
@@ -131,6 +137,18 @@ std::vector<SeriesRow> seriesRows() {
          ".bmp",
          {fixture("bmp_100000x100000.bmp")},
          notAPicture(0)},
+        {"PNG claiming 30000 by 30000 is more than memory allows",
+         ".png",
+         {fixture("png_30000x30000.png")},
+         outOfMemory()},
+        {"series beyond the memory budget",
+         ".png",
+         {kGood, kGood, kGood},
+         outOfMemory(),
+         "series",
+         "h",
+         nullptr,
+         100},
         {"BMP of negative width", ".bmp", {fixture("bmp_negative_width.bmp")}, notAPicture(0)},
         {"BMP of zero width", ".bmp", {fixture("bmp_zero_width.bmp")}, notAPicture(0)},
         {"BMP of zero height", ".bmp", {fixture("bmp_zero_height.bmp")}, notAPicture(0)},
@@ -228,6 +246,14 @@ TEST_P(HostileSeries, BothRoadsComeToTheSameEnd) {
     }
     const std::string first = folder + "/" + row.stem + "1" + row.extension;
     const Outcome& expected = row.outcome;
+    struct BudgetScope {
+        explicit BudgetScope(std::size_t extra) {
+            if (extra != 0) {
+                SampleBuffer::setBudget(SampleBuffer::held() + extra);
+            }
+        }
+        ~BudgetScope() { SampleBuffer::setBudget(0); }
+    } budget(row.budget);
 
     // The window program.
     setFileName(first);

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
 #include <vector>
 
 #include "core/runtime_error.h"
@@ -189,7 +191,7 @@ namespace {
 // A series the machine can't hold is refused before anything is taken, though the
 // system would map that much on paper and end the process once it is touched.
 TEST(SampleBuffer, BlockBeyondTheMachinesMemoryIsOutOfMemory) {
-    const std::size_t limit = SampleBuffer::largestBlock();
+    const std::size_t limit = SampleBuffer::budget();
     SampleBuffer buffer;
     buffer.allocateZeroed(4096);
     for (std::size_t bytes : {limit + 1, limit / 3 * 4, std::size_t{1} << 46}) {
@@ -209,6 +211,48 @@ TEST(SampleBuffer, BlockBeyondTheMachinesMemoryIsOutOfMemory) {
     } catch (const RuntimeError& error) {
         EXPECT_EQ(error.number(), kOutOfMemory);
     }
+}
+
+// The budget counts every buffer alive, small or mapped, and gets back what a buffer
+// gives up by going, shrinking, being emptied or handed on.
+TEST(SampleBuffer, BudgetCountsEveryBufferTogether) {
+    struct Reset {
+        ~Reset() { SampleBuffer::setBudget(0); }
+    } reset;
+    const std::size_t base = SampleBuffer::held();
+    const std::size_t big = 9u << 20;  // mapped, not taken from the heap
+    SampleBuffer::setBudget(base + 2 * big + 100);
+
+    SampleBuffer a;
+    a.allocateZeroed(big);
+    auto b = std::make_unique<SampleBuffer>();
+    b->allocateZeroed(big);
+    EXPECT_EQ(SampleBuffer::held(), base + 2 * big);
+    EXPECT_TRUE(SampleBuffer::wouldFit(100));
+    EXPECT_FALSE(SampleBuffer::wouldFit(101));
+
+    SampleBuffer c;
+    try {
+        c.allocateZeroed(101);
+        ADD_FAILURE() << "granted past the budget";
+    } catch (const RuntimeError& error) {
+        EXPECT_EQ(error.number(), kOutOfMemory);
+    }
+    EXPECT_EQ(SampleBuffer::held(), base + 2 * big);
+    c.allocateZeroed(100);
+
+    a.shrink(big - 1000);
+    EXPECT_EQ(SampleBuffer::held(), base + 2 * big + 100 - 1000);
+    SampleBuffer moved(std::move(a));
+    SampleBuffer assigned;
+    assigned = std::move(moved);
+    EXPECT_EQ(SampleBuffer::held(), base + 2 * big + 100 - 1000);
+    // A buffer taken anew gives back its old block before it asks.
+    b->allocateZeroed(big + 1000);
+    b.reset();
+    assigned.shrink(0);
+    c.allocateZeroed(0);
+    EXPECT_EQ(SampleBuffer::held(), base);
 }
 
 }  // namespace
