@@ -6,6 +6,7 @@
 
 #include "output/output_names.h"
 #include "output/printing.h"
+#include "support/locked_folder.h"
 #include "support/ui_fixture.h"
 
 namespace lumiquilt {
@@ -141,6 +142,41 @@ TEST_F(OutputTest, MissingConverterLeavesNoJpegAndNoTemporaryFile) {
     ASSERT_EQ(ui.started.size(), 1u);
     const std::string line = ui.started[0].second[0].toStdString();
     EXPECT_FALSE(fs::exists(line.substr(0, line.find(','))));
+}
+
+// The converter's and the editor's temporary pictures where none can be written: the
+// user's JPEG stays as it was, and no temporary file is left.
+TEST_F(OutputTest, TemporaryPicturesThatCantBeWrittenLoseNothing) {
+    makeMontage();
+    fs::create_directories(dir.path("tmp"));
+    const std::string oldTmp = std::getenv("TMPDIR") != nullptr ? std::getenv("TMPDIR") : "";
+    ::setenv("TMPDIR", dir.path("tmp").c_str(), 1);
+    const std::string folder = privateTemporaryFolder();
+    testing::LockedFolder lock(folder);
+    if (!lock.locked()) {
+        GTEST_SKIP() << "this user may write into any folder";
+    }
+    testing::writeBytes(dir.path("out.jpg"), "old jpeg");
+    ui.fileAnswers.push_back(dir.path("out.jpg"));
+    form().m.mnuJPG->trigger();
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text, "error 53 (File not found) at line 8600 of SaveAsSub");
+    EXPECT_EQ(lastMessage().title, "Nobody's Perfect");
+    EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
+    EXPECT_EQ(testing::readBytes(dir.path("out.jpg")), "old jpeg");
+
+    ui.messages.clear();
+    form().m.mnuEditor->trigger();
+    EXPECT_TRUE(ui.messages.empty());
+    ASSERT_EQ(ui.opened.size(), 1u);
+    EXPECT_EQ(ui.opened[0].rfind(folder, 0), 0u);
+    lock.unlock();
+    EXPECT_TRUE(fs::is_empty(folder));
+    if (oldTmp.empty()) {
+        ::unsetenv("TMPDIR");
+    } else {
+        ::setenv("TMPDIR", oldTmp.c_str(), 1);
+    }
 }
 
 TEST_F(OutputTest, GifRoadAsksThenWritesAndTells) {

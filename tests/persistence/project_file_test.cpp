@@ -1,8 +1,5 @@
 #include "persistence/project_file.h"
 
-#include <fcntl.h>
-#include <linux/fs.h>
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -14,6 +11,7 @@
 #include "core/runtime_error.h"
 #include "engine/properties_report.h"
 #include "support/full_disk.h"
+#include "support/locked_folder.h"
 
 namespace lumiquilt {
 namespace {
@@ -112,7 +110,6 @@ class ProjectFileTest : public ::testing::Test {
         fs::create_directories(m_dir);
     }
     void TearDown() override {
-        setImmutable(false);
         fs::permissions(m_dir, fs::perms::owner_all, fs::perm_options::add);
         fs::remove_all(m_dir);
     }
@@ -131,22 +128,6 @@ class ProjectFileTest : public ::testing::Test {
         s.writeCompanion([&](const std::string& temporary) { writePicture(temporary, picture); });
         s.commit();
     }
-    // A folder no one may add to, root included, where the file system allows it.
-    bool setImmutable(bool on) {
-        const int fd = ::open(m_dir.c_str(), O_RDONLY | O_DIRECTORY);
-        if (fd < 0) {
-            return false;
-        }
-        int flags = 0;
-        bool done = ::ioctl(fd, FS_IOC_GETFLAGS, &flags) == 0;
-        if (done) {
-            flags = on ? (flags | FS_IMMUTABLE_FL) : (flags & ~FS_IMMUTABLE_FL);
-            done = ::ioctl(fd, FS_IOC_SETFLAGS, &flags) == 0;
-        }
-        ::close(fd);
-        return done;
-    }
-
     fs::path m_dir;
 };
 
@@ -442,9 +423,8 @@ TEST_F(ProjectFileTest, ReadOnlyTargetsAreRefusedBeforeAnythingIsWritten) {
 
 TEST_F(ProjectFileTest, AReadOnlyFolderLeavesTheOldProject) {
     save(path("job.mon"), "old report\r\n", "old picture");
-    fs::permissions(m_dir, fs::perms::owner_read | fs::perms::owner_exec,
-                    fs::perm_options::replace);
-    if (::access(m_dir.c_str(), W_OK) == 0 && !setImmutable(true)) {
+    testing::LockedFolder lock(m_dir.string());
+    if (!lock.locked()) {
         GTEST_SKIP() << "this user may write into any folder";
     }
     try {
@@ -453,7 +433,7 @@ TEST_F(ProjectFileTest, AReadOnlyFolderLeavesTheOldProject) {
     } catch (const RuntimeError& e) {
         EXPECT_EQ(e.number(), 70);
     }
-    setImmutable(false);
+    lock.unlock();
     EXPECT_EQ(bytesOf(path("job.mon")), "[project]\r\nold report\r\n\r\n");
     EXPECT_EQ(bytesOf(path("job.qvz")), "old picture");
     EXPECT_EQ(folderEntries(), (std::vector<std::string>{"job.mon", "job.qvz"}));
