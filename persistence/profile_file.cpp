@@ -42,6 +42,21 @@ std::vector<Line> splitLines(const std::string& content) {
     return lines;
 }
 
+// Gives a last line the line end that lets a line be added behind it. A line that
+// ends in a carriage return gets only the line feed: the two make its line end, as
+// the reader already took that return to be.
+void endLastLine(Line& line, const std::string& lineEnd) {
+    if (!line.end.empty()) {
+        return;
+    }
+    if (!line.text.empty() && line.text.back() == '\r') {
+        line.text.pop_back();
+        line.end = "\r\n";
+    } else {
+        line.end = lineEnd;
+    }
+}
+
 bool readWholeFile(const std::string& path, std::string& content) {
     // Only a plain file: a pipe or a device in its place would never end.
     struct stat info {};
@@ -177,13 +192,11 @@ void writeProfileString(const std::string& path, std::string_view section, std::
     if (keyLine >= 0) {
         lines[keyLine].text = newLine;
     } else if (sectionStart >= 0) {
-        if (lines[sectionLast].end.empty()) {
-            lines[sectionLast].end = lineEnd;
-        }
+        endLastLine(lines[sectionLast], lineEnd);
         lines.insert(lines.begin() + sectionLast + 1, Line{newLine, lineEnd});
     } else {
-        if (!lines.empty() && lines.back().end.empty()) {
-            lines.back().end = lineEnd;
+        if (!lines.empty()) {
+            endLastLine(lines.back(), lineEnd);
         }
         lines.push_back(Line{"[" + std::string(trimmed(section)) + "]", lineEnd});
         lines.push_back(Line{newLine, lineEnd});

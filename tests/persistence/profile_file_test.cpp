@@ -91,6 +91,19 @@ TEST_F(ProfileFileTest, WriteAddsSectionAtEndOfFile) {
     EXPECT_EQ(content(), "[other]\nx=1\n[preferences]\nIncrement=20\n");
 }
 
+// A last line cut after its carriage return reads as if the line feed were there;
+// completing it must not turn the return into part of the value.
+TEST_F(ProfileFileTest, LastLineEndingInALoneReturnKeepsItsValue) {
+    for (const char* section : {"preferences", "other"}) {
+        put("[preferences]\r\nfilename=/a1.jpg\r");
+        ASSERT_EQ(read("filename"), "/a1.jpg");
+        writeProfileString(m_path, section, "Increment", "20");
+        EXPECT_EQ(read("filename"), "/a1.jpg") << section;
+        const std::string kept = "[preferences]\r\nfilename=/a1.jpg\r\n";
+        EXPECT_EQ(content().substr(0, kept.size()), kept) << section;
+    }
+}
+
 TEST_F(ProfileFileTest, WriteCreatesAMissingFile) {
     writeProfileString(m_path, "preferences", "Increment", "20");
     EXPECT_EQ(content(), "[preferences]\nIncrement=20\n");
