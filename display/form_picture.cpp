@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "series/image_offsets.h"
+#include "series/picture_io.h"
 
 namespace lumiquilt {
 
@@ -72,7 +73,7 @@ void PictureBox::fitToPicture() {
     m_shown = QImage();
     if (!m_picture.isNull() && m_scale < 1.0) {
         // Scaled once here rather than at every paint: a photograph is large.
-        m_shown = m_picture.scaled(shownSize(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        m_shown = scaledForDisplay(m_picture, shownSize());
     }
     if (m_autoSize && !m_picture.isNull()) {
         resize(shownSize());

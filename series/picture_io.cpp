@@ -14,6 +14,7 @@
 #include "core/files.h"
 #include "core/runtime_error.h"
 #include "core/text.h"
+#include "display/picture_reduction.h"
 #include "output/bmp_writer.h"
 #include "output/gif_encoder.h"
 
@@ -172,6 +173,27 @@ QImage pictureFromFrame(const uint8_t* frame, int frameWidth, int frameHeight, i
     writeFrameToPicture(frame, frameWidth, frameHeight, image.bits(), image.bytesPerLine(), width,
                         height);
     return image;
+}
+
+QImage scaledForDisplay(const QImage& picture, QSize size) {
+    // Qt scales 32-bit pictures well on all cores; a picture of three-byte pixels it
+    // first converts whole, which costs four times as much as cutting it down here.
+    const QImage::Format format = picture.format();
+    const bool threeBytes = format == QImage::Format_RGB888 || format == QImage::Format_BGR888;
+    const int factor =
+        size.isEmpty() ? 0
+                       : std::min(picture.width() / size.width(), picture.height() / size.height());
+    if (!threeBytes || factor < 2) {
+        return picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    }
+    QImage reduced(reducedSide(picture.width(), factor), reducedSide(picture.height(), factor),
+                   QImage::Format_RGB32);
+    if (reduced.isNull()) {
+        return picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    }
+    reducePicture(viewOf(picture), factor, reinterpret_cast<uint32_t*>(reduced.bits()),
+                  reduced.bytesPerLine());
+    return reduced.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
 }
 
 QImage paintMontage(const PixelBuffers& buffers, int width, int height) {

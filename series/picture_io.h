@@ -42,6 +42,10 @@ void savePicture(const QImage& image, const std::string& fileName, const char* f
 /// picture in between where the format allows. Throws RuntimeError as savePicture.
 void saveMontage(const PixelBuffers& buffers, int width, int height, const std::string& fileName);
 
+/// The picture at `size` for a window that shows it reduced, smoothly scaled. A
+/// picture of three-byte pixels (the montage) is first cut down by whole squares.
+QImage scaledForDisplay(const QImage& picture, QSize size);
+
 /// Raises the decoder's memory limit once, so that large photographs load.
 void configurePictureReading();
 

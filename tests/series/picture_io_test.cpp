@@ -249,6 +249,35 @@ TEST(MethodPixelBuffers, ReloadSlotsOneHundredToOneHundredSix) {
 namespace lumiquilt {
 namespace {
 
+// A window's reduced picture: the exact size asked for, and the picture Qt's own
+// smooth scaling gives within a few levels, for every pixel layout a window shows.
+TEST(ScaledForDisplay, ExactSizeAndCloseToSmoothScaling) {
+    const QImage photo(LUMIQUILT_SAMPLES "/coffee3.jpg");
+    ASSERT_FALSE(photo.isNull());
+    for (QImage::Format format : {QImage::Format_BGR888, QImage::Format_RGB888,
+                                  QImage::Format_RGB32, QImage::Format_ARGB32}) {
+        const QImage picture = photo.convertToFormat(format);
+        for (const QSize size : {QSize(97, 61), QSize(141, 99), QSize(299, 199), QSize(500, 380)}) {
+            const QImage shown =
+                scaledForDisplay(picture, size).convertToFormat(QImage::Format_RGB32);
+            const QImage qt = picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                                  .convertToFormat(QImage::Format_RGB32);
+            ASSERT_EQ(shown.size(), size);
+            double difference = 0;
+            for (int y = 0; y < size.height(); ++y) {
+                for (int x = 0; x < size.width(); ++x) {
+                    const QRgb a = shown.pixel(x, y);
+                    const QRgb b = qt.pixel(x, y);
+                    difference += std::abs(qRed(a) - qRed(b)) + std::abs(qGreen(a) - qGreen(b)) +
+                                  std::abs(qBlue(a) - qBlue(b));
+                }
+            }
+            EXPECT_LT(difference / (3.0 * size.width() * size.height()), 4.0)
+                << format << " " << size.width();
+        }
+    }
+}
+
 TEST(SavePicture, FullDiskLeavesTheOldFileWhole) {
     testing::TestFolder dir;
     const std::string target = dir.path("old.bmp");

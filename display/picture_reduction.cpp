@@ -1,0 +1,61 @@
+#include "display/picture_reduction.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace lumiquilt {
+
+int reducedSide(int size, int factor) {
+    return factor < 1 || size < 1 ? 0 : (size + factor - 1) / factor;
+}
+
+void reducePicture(const PictureView& picture, int factor, uint32_t* out,
+                   std::ptrdiff_t outStride) {
+    const int outWidth = reducedSide(picture.width, factor);
+    const int outHeight = reducedSide(picture.height, factor);
+    if (outWidth == 0 || outHeight == 0 || picture.bits == nullptr) {
+        return;
+    }
+    const int step = picture.format == PixelFormat::bgrx32 ? 4 : 3;
+    // Where red and blue stand in a pixel.
+    const int red = picture.format == PixelFormat::rgb24 ? 0 : 2;
+    const int blue = 2 - red;
+    // A band of rows is first summed down each byte column, a loop the compiler turns
+    // into wide adds; each square then sums its columns once per band.
+    const std::size_t rowBytes = static_cast<std::size_t>(picture.width) * step;
+    std::vector<uint32_t> columns(rowBytes);
+    for (int oy = 0; oy < outHeight; ++oy) {
+        std::fill(columns.begin(), columns.end(), 0u);
+        const int yFirst = oy * factor;
+        const int yEnd = std::min(yFirst + factor, picture.height);
+        for (int y = yFirst; y < yEnd; ++y) {
+            const uint8_t* p = picture.bits + static_cast<std::ptrdiff_t>(y) * picture.stride;
+            uint32_t* column = columns.data();
+            for (std::size_t i = 0; i < rowBytes; ++i) {
+                column[i] += p[i];
+            }
+        }
+        auto* row = reinterpret_cast<uint32_t*>(reinterpret_cast<uint8_t*>(out) + oy * outStride);
+        const auto rows = static_cast<uint32_t>(yEnd - yFirst);
+        const uint32_t* column = columns.data();
+        for (int ox = 0; ox < outWidth; ++ox) {
+            const int xFirst = ox * factor;
+            const int xEnd = std::min(xFirst + factor, picture.width);
+            uint32_t b = 0;
+            uint32_t g = 0;
+            uint32_t r = 0;
+            for (int x = xFirst; x < xEnd; ++x, column += step) {
+                b += column[blue];
+                g += column[1];
+                r += column[red];
+            }
+            const uint32_t count = rows * static_cast<uint32_t>(xEnd - xFirst);
+            b = (b + count / 2) / count;
+            g = (g + count / 2) / count;
+            r = (r + count / 2) / count;
+            row[ox] = 0xFF000000u | (r << 16) | (g << 8) | b;
+        }
+    }
+}
+
+}  // namespace lumiquilt

@@ -1,0 +1,98 @@
+#include "display/picture_reduction.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace lumiquilt {
+namespace {
+
+// A picture of width by height in the given layout whose channels differ by place.
+struct Made {
+    std::vector<uint8_t> bytes;
+    PictureView view;
+};
+
+Made make(int width, int height, PixelFormat format, int padding) {
+    const int step = format == PixelFormat::bgrx32 ? 4 : 3;
+    Made m;
+    const std::ptrdiff_t stride = static_cast<std::ptrdiff_t>(width) * step + padding;
+    m.bytes.assign(static_cast<std::size_t>(stride * height), 0xEE);  // padding stays 0xEE
+    for (int y = 0; y < height; ++y) {
+        for (int x = 0; x < width; ++x) {
+            uint8_t* p = m.bytes.data() + y * stride + x * step;
+            const uint8_t r = static_cast<uint8_t>(x * 37 + y * 11);
+            const uint8_t g = static_cast<uint8_t>(x * 5 + y * 53 + 7);
+            const uint8_t b = static_cast<uint8_t>((x ^ y) * 29);
+            p[0] = format == PixelFormat::rgb24 ? r : b;
+            p[1] = g;
+            p[2] = format == PixelFormat::rgb24 ? b : r;
+            if (step == 4) {
+                p[3] = 0x5A;
+            }
+        }
+    }
+    m.view = {width, height, m.bytes.data(), stride, format};
+    return m;
+}
+
+// The rounded mean of one channel over a square, the slow way.
+uint32_t meanOf(const Made& m, int ox, int oy, int factor, int channel) {
+    const int step = m.view.format == PixelFormat::bgrx32 ? 4 : 3;
+    const bool rgb = m.view.format == PixelFormat::rgb24;
+    const int at = channel == 1 ? 1 : ((channel == 0) != rgb ? 0 : 2);  // 0 blue, 2 red
+    uint32_t sum = 0;
+    uint32_t count = 0;
+    for (int y = oy * factor; y < std::min((oy + 1) * factor, m.view.height); ++y) {
+        for (int x = ox * factor; x < std::min((ox + 1) * factor, m.view.width); ++x) {
+            sum += m.view.bits[y * m.view.stride + x * step + at];
+            ++count;
+        }
+    }
+    return (sum + count / 2) / count;
+}
+
+TEST(ReducePicture, EverySquareIsTheRoundedMeanOfWhatItCovers) {
+    struct Row {
+        int width, height, factor;
+    };
+    const Row rows[] = {{8, 6, 2}, {9, 7, 2}, {10, 10, 3}, {1, 1, 2},  {5, 3, 4},    {33, 17, 5},
+                        {4, 4, 4}, {7, 2, 3}, {64, 9, 8},  {3, 40, 7}, {300, 2, 300}};
+    for (PixelFormat format : {PixelFormat::bgr24, PixelFormat::rgb24, PixelFormat::bgrx32}) {
+        for (const Row& row : rows) {
+            const Made m = make(row.width, row.height, format, 3);
+            const int w = reducedSide(row.width, row.factor);
+            const int h = reducedSide(row.height, row.factor);
+            std::vector<uint32_t> out(static_cast<std::size_t>(w + 1) * h, 0xDEADBEEF);
+            reducePicture(m.view, row.factor, out.data(),
+                          static_cast<std::ptrdiff_t>((w + 1) * sizeof(uint32_t)));
+            for (int oy = 0; oy < h; ++oy) {
+                for (int ox = 0; ox < w; ++ox) {
+                    const uint32_t pixel = out[static_cast<std::size_t>(oy * (w + 1) + ox)];
+                    const uint32_t expected = 0xFF000000u | meanOf(m, ox, oy, row.factor, 2) << 16 |
+                                              meanOf(m, ox, oy, row.factor, 1) << 8 |
+                                              meanOf(m, ox, oy, row.factor, 0);
+                    ASSERT_EQ(pixel, expected)
+                        << static_cast<int>(format) << " " << row.width << "x" << row.height << "/"
+                        << row.factor << " at " << ox << "," << oy;
+                }
+                // The word past each row is the caller's.
+                EXPECT_EQ(out[static_cast<std::size_t>(oy * (w + 1) + w)], 0xDEADBEEFu);
+            }
+        }
+    }
+}
+
+TEST(ReducePicture, SidesAndNothingToDo) {
+    EXPECT_EQ(reducedSide(4000, 4), 1000);
+    EXPECT_EQ(reducedSide(4001, 4), 1001);
+    EXPECT_EQ(reducedSide(3, 4), 1);
+    EXPECT_EQ(reducedSide(0, 4), 0);
+    EXPECT_EQ(reducedSide(10, 0), 0);
+    uint32_t untouched = 7;
+    reducePicture(PictureView{}, 2, &untouched, 4);
+    EXPECT_EQ(untouched, 7u);
+}
+
+}  // namespace
+}  // namespace lumiquilt
