@@ -2,12 +2,14 @@
 
 #include <QBuffer>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QImageIOHandler>
 #include <QImageReader>
 #include <QImageWriter>
 #include <QSaveFile>
 #include <algorithm>
+#include <cstring>
 #include <functional>
 #include <memory>
 
@@ -61,6 +63,35 @@ QImage ownedPicture(int width, int height, QImage::Format format, std::size_t by
         [](void* owner) { delete static_cast<SampleBuffer*>(owner); }, samples.release());
 }
 
+// Whether every chunk of a PNG file lies inside the file. The PNG library takes
+// memory for a chunk by its length field before it reads it, so a 300-byte file
+// whose text chunk claims 2 GB would cost 2 GB and seconds before it is refused.
+bool pngChunksWithinFile(const std::string& fileName) {
+    QFile file(QString::fromStdString(fileName));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return true;  // the decoder says what is wrong with it
+    }
+    const qint64 size = file.size();
+    qint64 at = 8;  // past the signature
+    while (at + 8 <= size) {
+        uchar head[8];
+        if (!file.seek(at) || file.read(reinterpret_cast<char*>(head), 8) != 8) {
+            return true;
+        }
+        const quint32 length = (quint32{head[0]} << 24) | (quint32{head[1]} << 16) |
+                               (quint32{head[2]} << 8) | quint32{head[3]};
+        const qint64 next = at + 12 + static_cast<qint64>(length);
+        if (next > size) {
+            return false;
+        }
+        if (std::memcmp(head + 4, "IEND", 4) == 0) {
+            return true;
+        }
+        at = next;
+    }
+    return true;
+}
+
 // Qt's decoders write into the picture they are given when it has the size and
 // format they would make; otherwise they make their own. A decoder given memory
 // that holds an older picture must write every row, as the JPEG decoder does even
@@ -76,6 +107,9 @@ QImage decodePicture(const std::string& fileName, SampleBuffer* scratch) {
     const QImage::Format format = reader.imageFormat();
     const std::size_t rowBytes = 4u * static_cast<std::size_t>(std::max(size.width(), 0));
     const std::size_t bytes = rowBytes * static_cast<std::size_t>(std::max(size.height(), 0));
+    if (reader.format() == "png" && !pngChunksWithinFile(fileName)) {
+        throw RuntimeError(kInvalidPicture);
+    }
     const bool sizeTaken =
         size.width() > 0 && size.height() > 0 && size.width() <= 32767 && size.height() <= 32767;
     // A picture of a size the program takes, but more than memory allows, is refused

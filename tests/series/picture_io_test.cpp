@@ -1,5 +1,6 @@
 #include "series/picture_io.h"
 
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
@@ -69,6 +70,17 @@ TEST(LoadPicture, HostileFilesGiveTheirErrorNumbers) {
     EXPECT_EQ(errorOf(dir.path("empty1.bmp")), 481);
     EXPECT_EQ(errorOf(dir.path("absurd1.bmp")), 481);
     EXPECT_EQ(errorOf(dir.path(std::string(300, 'n') + "1.jpg")), 53);
+}
+
+// A chunk whose length runs past the end of the file is refused before the PNG
+// library takes memory for it: this one would have cost 2 GB.
+TEST(LoadPicture, PngChunkLongerThanItsFileTakesNoMemory) {
+    rusage before{};
+    ::getrusage(RUSAGE_SELF, &before);
+    EXPECT_EQ(errorOf(LUMIQUILT_TEST_DATA "/hostile/png_text_chunk_claims_2GB.png"), 481);
+    rusage after{};
+    ::getrusage(RUSAGE_SELF, &after);
+    EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 256 * 1024) << "KB more at the peak";
 }
 
 TEST(LoadPicture, RowsAShortBmpLacksAreBlackNotLeftovers) {
