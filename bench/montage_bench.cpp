@@ -155,7 +155,7 @@ double windowRun(const std::string& first, int repeats) {
 void readSeries(ProgramState& state, const std::string& first) {
     const SeriesPattern pattern = findDigits(first);
     const std::vector<std::string> names = membersOf(pattern);
-    SeriesReader reader(pattern, false, 2);
+    SeriesReader reader(pattern, SeriesReader::ReadInto::frames, 2);
     std::vector<PictureView> views;
     for (int k = 1; k <= static_cast<int>(names.size()); ++k) {
         reader.load(k, names[static_cast<size_t>(k - 1)]);
@@ -203,7 +203,9 @@ void benchSeries(const std::string& first, bool quick) {
         repeats);
     auto readAhead = [&](bool keep) {
         ProgramState state;
-        SeriesReader reader(pattern, keep, 2);
+        SeriesReader reader(
+            pattern,
+            keep ? SeriesReader::ReadInto::framesAndPictures : SeriesReader::ReadInto::frames, 2);
         std::vector<PictureView> views;
         for (int k = 1; k <= count; ++k) {
             reader.load(k, names[static_cast<size_t>(k - 1)]);

@@ -280,7 +280,11 @@ class CliFront : public CreateImageFront {
         progress("decoding the series");
         m_reader.reset();
         // A single montage reads its pictures once: they need not outlive their frames.
-        m_reader = std::make_unique<SeriesReader>(pattern, m_options.command != "montage", 2);
+        m_reader = std::make_unique<SeriesReader>(pattern,
+                                                  m_options.command == "montage"
+                                                      ? SeriesReader::ReadInto::frames
+                                                      : SeriesReader::ReadInto::framesAndPictures,
+                                                  2);
         m_readerPattern = pattern;
     }
     void loadMember(int k, const std::string& fileName) override {

@@ -66,7 +66,8 @@ class CreateImageWindows : public CreateImageFront {
     // shared, not a copy.
     void seriesFound(const SeriesPattern& pattern) override {
         m_reader.reset();
-        m_reader = std::make_unique<SeriesReader>(pattern, true, 2);
+        m_reader =
+            std::make_unique<SeriesReader>(pattern, SeriesReader::ReadInto::framesAndPictures, 2);
     }
     void loadMember(int k, const std::string& fileName) override {
         if (!m_reader) {

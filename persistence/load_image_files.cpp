@@ -11,6 +11,7 @@
 #include "persistence/project_commands.h"
 #include "persistence/project_file.h"
 #include "series/picture_io.h"
+#include "series/series_decode.h"
 #include "series/series_name.h"
 
 namespace lumiquilt {
@@ -138,8 +139,14 @@ void FormMontage::mnuLoad_Click() {
 
         if (go) {
             stage = 510;
+            // Both cores decode ahead while the windows take the pictures in turn.
+            SeriesReader reader(pattern, SeriesReader::ReadInto::pictures, 2);
             const SeriesLoopResult loop = loadSeriesLoop(
-                pattern, [this](int k, const std::string& f) { loadSeriesMember(k, f); },
+                pattern,
+                [this, &reader](int k, const std::string& f) {
+                    reader.load(k, f);
+                    loadSeriesMember(k, f, reader.picture(k));
+                },
                 s.imageCount, s.currentFileName);
             if (loop.end == SeriesEnd::limit) {
                 // The windows of this load stay hidden and unplaced.

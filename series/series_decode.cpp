@@ -76,8 +76,10 @@ struct SeriesReader::Member {
     bool loaded = false;
 };
 
-SeriesReader::SeriesReader(const SeriesPattern& pattern, bool keepPictures, int threads)
-    : m_keepPictures(keepPictures), m_members(static_cast<std::size_t>(kMaxImages)) {
+SeriesReader::SeriesReader(const SeriesPattern& pattern, ReadInto into, int threads)
+    : m_keepPictures(into != ReadInto::frames),
+      m_intoFrames(into != ReadInto::pictures),
+      m_members(static_cast<std::size_t>(kMaxImages)) {
     std::size_t listed = 0;
     for (int k = 1; k <= kMaxImages; ++k) {
         std::string name;
@@ -158,7 +160,7 @@ void SeriesReader::decodeAhead(std::size_t index, SampleBuffer& scratch) {
     m.height = picture.height();
     if (index == 0) {
         // Image 1 fixes the frame of every image.
-        if (!picture.isNull()) {
+        if (!picture.isNull() && m_intoFrames) {
             layOut(picture);
         }
         m_layoutDecided = true;

@@ -20,10 +20,16 @@ namespace lumiquilt {
 /// through load(), which behaves as loading the file at that moment would.
 class SeriesReader {
   public:
-    /// Starts reading. With keepPictures every decoded picture stays available to
-    /// picture(); without, a member that stands in its frame keeps only its size, and
-    /// each thread decodes into one scratch picture of its own.
-    SeriesReader(const SeriesPattern& pattern, bool keepPictures, int threads);
+    /// What reading a member leaves.
+    enum class ReadInto {
+        frames,             ///< its frame alone: each thread decodes into one scratch
+        framesAndPictures,  ///< its frame, and its picture for picture()
+        pictures,           ///< its picture alone: no series buffer is laid out
+    };
+
+    /// Starts reading on `threads` threads. A member that stands in its frame keeps
+    /// only its size unless its picture is read as well.
+    SeriesReader(const SeriesPattern& pattern, ReadInto into, int threads);
     /// Stops reading ahead and waits for the threads.
     ~SeriesReader();
     SeriesReader(const SeriesReader&) = delete;
@@ -55,6 +61,7 @@ class SeriesReader {
     void stop();
 
     const bool m_keepPictures;
+    const bool m_intoFrames;
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;
     std::vector<Member> m_members;  ///< one per image number; never resized

@@ -71,11 +71,27 @@ SeriesResult loadedOneByOne(const std::string& first) {
 }
 
 // Read ahead; `meanwhile` changes the files once the reading has begun.
-SeriesResult readAhead(const std::string& first, bool keepPictures, int threads,
+using ReadInto = SeriesReader::ReadInto;
+constexpr ReadInto kEveryWay[] = {ReadInto::frames, ReadInto::framesAndPictures,
+                                  ReadInto::pictures};
+
+std::string nameOf(ReadInto into) {
+    switch (into) {
+        case ReadInto::frames:
+            return " into frames";
+        case ReadInto::framesAndPictures:
+            return " into frames and pictures";
+        case ReadInto::pictures:
+            return " into pictures";
+    }
+    return "";
+}
+
+SeriesResult readAhead(const std::string& first, ReadInto into, int threads,
                        const std::function<void()>& meanwhile) {
     const SeriesPattern pattern = findDigits(first);
     ProgramState s;
-    SeriesReader reader(pattern, keepPictures, threads);
+    SeriesReader reader(pattern, into, threads);
     if (meanwhile) {
         // Small files are read ahead long before this; the change comes after.
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
@@ -88,11 +104,17 @@ SeriesResult readAhead(const std::string& first, bool keepPictures, int threads,
     std::vector<PictureView> views;
     for (int k = 1; k <= s.imageCount; ++k) {
         views.push_back(reader.view(k));
-        if (!keepPictures) {
+        if (into == ReadInto::frames) {
             EXPECT_EQ(views.back().bits == nullptr, reader.picture(k).isNull()) << k;
+        } else {
+            EXPECT_FALSE(reader.picture(k).isNull()) << k;
         }
     }
-    return buffersOf(s, loop, views, reader.frames());
+    SeriesFrames* frames = reader.frames();
+    if (into == ReadInto::pictures) {
+        EXPECT_EQ(frames, nullptr);
+    }
+    return buffersOf(s, loop, views, frames);
 }
 
 // Member k as a file of the series' type; GIF files come from the program's encoder.
@@ -147,14 +169,14 @@ TEST(SeriesReader, GivesTheBuffersOfLoadingOneByOne) {
         const SeriesResult oneByOne = loadedOneByOne(first);
         ASSERT_EQ(oneByOne.count, 4) << extension;
         ASSERT_EQ(oneByOne.maxX, 43) << extension;
-        for (const bool keep : {false, true}) {
+        for (const ReadInto into : kEveryWay) {
             for (const int threads : {1, 2}) {
                 const std::string what =
-                    extension + (keep ? " keeping" : "") + " threads " + std::to_string(threads);
-                const SeriesResult ahead = readAhead(first, keep, threads, nullptr);
+                    extension + nameOf(into) + " threads " + std::to_string(threads);
+                const SeriesResult ahead = readAhead(first, into, threads, nullptr);
                 expectSame(ahead, oneByOne, what);
                 // The frames are taken over whole: no picture is read twice.
-                EXPECT_TRUE(ahead.tookFrames) << what;
+                EXPECT_EQ(ahead.tookFrames, into != ReadInto::pictures) << what;
             }
         }
     }
@@ -188,13 +210,12 @@ TEST(SeriesReader, FilesThatChangeDuringTheRunAreReadAsTheyAreThen) {
          [](const TestFolder& d) { testing::writeBytes(d.path("m2.jpg"), "no picture"); }},
     };
     for (const Row& row : rows) {
-        for (const bool keep : {false, true}) {
+        for (const ReadInto into : kEveryWay) {
             TestFolder dir;
             makeMixedSeries(dir, ".jpg");
             const std::string first = dir.path("m1.jpg");
-            const SeriesResult ahead = readAhead(first, keep, 2, [&] { row.change(dir); });
-            expectSame(ahead, loadedOneByOne(first),
-                       std::string(row.name) + (keep ? " keeping" : ""));
+            const SeriesResult ahead = readAhead(first, into, 2, [&] { row.change(dir); });
+            expectSame(ahead, loadedOneByOne(first), std::string(row.name) + nameOf(into));
         }
     }
 }
@@ -211,15 +232,15 @@ TEST(SeriesReader, BrokenMembersEndTheLoopAsLoadingWould) {
         }
         const SeriesResult oneByOne = loadedOneByOne(dir.path("m1.png"));
         EXPECT_EQ(oneByOne.end, SeriesEnd::invalidPicture);
-        for (const bool keep : {false, true}) {
-            expectSame(readAhead(dir.path("m1.png"), keep, 2, nullptr), oneByOne,
-                       "cut " + std::to_string(cut));
+        for (const ReadInto into : kEveryWay) {
+            expectSame(readAhead(dir.path("m1.png"), into, 2, nullptr), oneByOne,
+                       "cut " + std::to_string(cut) + nameOf(into));
         }
     }
     // No first picture at all.
     testing::writeBytes(dir.path("m1.png"), "corrupt");
-    expectSame(readAhead(dir.path("m1.png"), false, 2, nullptr), loadedOneByOne(dir.path("m1.png")),
-               "first");
+    expectSame(readAhead(dir.path("m1.png"), ReadInto::frames, 2, nullptr),
+               loadedOneByOne(dir.path("m1.png")), "first");
 }
 
 TEST(LoadPictureInto, ReusesTheScratchAndGivesTheSamePicture) {
