@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "core/version.h"
+#include "support/fingerprint.h"
 #include "support/test_pictures.h"
 
 namespace lumiquilt {
@@ -456,13 +457,7 @@ TEST(Cli, BadProjectsStopWithTheReadMessages) {
 namespace lumiquilt {
 namespace {
 
-uint64_t fingerprint(const std::string& bytes) {
-    uint64_t hash = 14695981039346656037ull;
-    for (const char c : bytes) {
-        hash = (hash ^ static_cast<uint8_t>(c)) * 1099511628211ull;
-    }
-    return hash;
-}
+using testing::fingerprint;
 
 TEST(Cli, SampleMontagesAreByteForByteWhatTheyWere) {
     // Fingerprints of what the program wrote before its series was read ahead and its

@@ -9,6 +9,7 @@
 
 #include "core/runtime_error.h"
 #include "gif_test_support.h"
+#include "support/fingerprint.h"
 
 namespace lumiquilt {
 namespace {
@@ -217,14 +218,7 @@ TEST(GifEncoder, RefusingSinkIsReported) {
 namespace lumiquilt {
 namespace {
 
-// FNV-1a of a file's bytes: a fingerprint that holds the encoder's output still.
-uint64_t fingerprint(const std::string& bytes) {
-    uint64_t hash = 14695981039346656037ull;
-    for (const char c : bytes) {
-        hash = (hash ^ static_cast<uint8_t>(c)) * 1099511628211ull;
-    }
-    return hash;
-}
+using testing::fingerprint;
 
 TEST(GifEncoder, OutputStaysByteForByteWhatItWas) {
     // Pictures of every kind of run: noise, flat stretches, gradients, rows that clear

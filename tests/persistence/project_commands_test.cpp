@@ -47,6 +47,14 @@ class ProjectCommandsTest : public UiTest {
         ui.fileAnswers.push_back(name);
         projects().mnuSave_Click();
     }
+    // The program started again in the same folder, nothing loaded.
+    void startAfresh() {
+        window.reset();
+        ui = {};
+        state = ProgramState();
+        state.appPath = dir.root() + "/";
+        start();
+    }
     void openByDialog(const std::string& name) {
         ui.fileAnswers.push_back(name);
         projects().mnuOpenProject_Click();
@@ -335,11 +343,7 @@ TEST_F(ProjectCommandsTest, OpeningWithNoSeriesLoadedTouchesNoIgnoreEntry) {
     saveAs(dir.path("job.mon"));
     const QImage stored = montage();
     // A fresh program: nothing loaded.
-    window.reset();
-    ui = {};
-    state = ProgramState();
-    state.appPath = dir.root() + "/";
-    start();
+    startAfresh();
     ASSERT_EQ(state.imageCount, 0);
     openByDialog(dir.path("job.mon"));
     EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
@@ -532,11 +536,7 @@ TEST_F(ProjectOffsetsTest, OpenPutsBackTheMarksTheAreaAndTheStatusStrip) {
 TEST_F(ProjectOffsetsTest, NoSeriesLoadedShowsTheStripAndPlacesNoMark) {
     makeOffsetMontage();
     saveAs(dir.path("h.mon"));
-    window.reset();
-    ui = {};
-    state = ProgramState();
-    state.appPath = dir.root() + "/";
-    start();
+    startAfresh();
     ASSERT_EQ(state.imageCount, 0);
     openByDialog(dir.path("h.mon"));
     // The marks of the series loaded by the project stand at their design places.
