@@ -9,7 +9,7 @@
 #include "persistence/project_file.h"
 #include "series/picture_io.h"
 #include "support/full_disk.h"
-#include "support/read_only_folder.h"
+#include "support/locked_folder.h"
 #include "support/ui_fixture.h"
 
 namespace lumiquilt {
@@ -447,10 +447,10 @@ TEST_F(ProjectCommandsTest, ReadOnlyFolderOrFileIsTheWriteMessageAndLeavesTheOld
                     fs::perm_options::replace);
 
     ui.messages.clear();
-    const bool locked = testing::setFolderReadOnly(folder, true);
+    testing::LockedFolder lock(folder);
     saveAs(folder + "/job.mon");
-    testing::setFolderReadOnly(folder, false);
-    if (!locked) {
+    lock.unlock();
+    if (!lock.locked()) {
         GTEST_SKIP() << "this user may write into any folder";
     }
     expectWriteMessage("Permission denied");

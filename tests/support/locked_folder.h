@@ -19,7 +19,7 @@ class LockedFolder {
         namespace fs = std::filesystem;
         fs::permissions(m_folder, fs::perms::owner_read | fs::perms::owner_exec,
                         fs::perm_options::replace);
-        m_locked = ::access(m_folder.c_str(), W_OK) != 0 || setImmutable(true);
+        m_locked = !takesNewFiles() || (setImmutable(true) && !takesNewFiles());
     }
     ~LockedFolder() { unlock(); }
     LockedFolder(const LockedFolder&) = delete;
@@ -38,6 +38,16 @@ class LockedFolder {
     }
 
   private:
+    bool takesNewFiles() const {
+        const std::string probe = m_folder + "/.probe";
+        const int made = ::open(probe.c_str(), O_WRONLY | O_CREAT | O_EXCL, 0644);
+        if (made < 0) {
+            return false;
+        }
+        ::close(made);
+        ::unlink(probe.c_str());
+        return true;
+    }
     bool setImmutable(bool on) {
         const int fd = ::open(m_folder.c_str(), O_RDONLY | O_DIRECTORY);
         if (fd < 0) {
