@@ -30,6 +30,13 @@ class PictureBox : public QWidget {
     void setDisplayScale(double scale);
     double displayScale() const { return m_scale; }
 
+    /// While on, a picture shown below its size is cut down coarsely (nearest pixel),
+    /// which costs a fraction of smooth scaling: a run turns it on while it loads.
+    void setQuickDisplay(bool on) { m_quick = on; }
+    /// Turns quick display off; a coarse picture is made smooth at its next paint.
+    void sharpen();
+    bool showsCoarse() const { return m_coarse; }
+
     /// The target mark `Shape1`: member 0 the outer circle, 1 the inner one, in
     /// picture pixels. They may stand anywhere, off the picture too.
     const QRect& Shape1(int member) const { return m_shapes.at(static_cast<size_t>(member)); }
@@ -64,7 +71,9 @@ class PictureBox : public QWidget {
     void fitToPicture();
 
     QImage m_picture;
-    QImage m_shown;  // the picture at the display scale, when that is below 1
+    QImage m_shown;         // the picture at the display scale, when that is below 1
+    bool m_coarse = false;  // m_shown is cut down by nearest pixels
+    bool m_quick = false;
     double m_scale = 1.0;
     bool m_autoSize = false;
     std::array<QRect, 2> m_shapes;

@@ -83,7 +83,13 @@ class CreateImageWindows : public CreateImageFront {
     SeriesFrames* seriesFrames() override { return m_reader ? m_reader->frames() : nullptr; }
     void seriesRead() override { m_reader.reset(); }
 
-    void setBusy(bool busy) override { m_cursor.set(busy); }
+    void setBusy(bool busy) override {
+        m_cursor.set(busy);
+        if (!busy) {
+            // Every end of a run: what loaded coarsely is made smooth now.
+            f.sharpenPictureWindows();
+        }
+    }
     void clearMontagePicture() override { f.montageWindow()->PictureFile->clearPicture(); }
     void hideLastRun(const std::string& firstFileName) override {
         f.montageWindow()->setWindowTitle(
