@@ -454,6 +454,11 @@ int main(int argc, char** argv) {
             return 0;
         } else if (std::strcmp(argv[i], "--photo") == 0 && i + 1 < argc) {
             photoName = QString::fromLocal8Bit(argv[++i]);
+        } else if (argv[i][0] == '-' || !QFileInfo::exists(QString::fromLocal8Bit(argv[i]))) {
+            std::fprintf(stderr,
+                         "usage: montage_bench [--quick] [--photo PHOTO] [--window-only FIRST]\n"
+                         "                     [--block-loop-only FIRST] [FIRST...]\n");
+            return 2;
         } else {
             series.push_back(
                 QFileInfo(QString::fromLocal8Bit(argv[i])).absoluteFilePath().toStdString());
