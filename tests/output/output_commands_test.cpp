@@ -50,7 +50,7 @@ TEST_F(OutputTest, NothingToSaveCopyEditOrPrint) {
     EXPECT_TRUE(ui.fileRequests.empty());
 }
 
-TEST_F(OutputTest, BmpRoadWritesABmpWhateverTheName) {
+TEST_F(OutputTest, SaveAsProposesANameAndWritesABmpWhateverTheName) {
     makeMontage();
     for (const char* name : {"out.bmp", "out.jpeg", "noextension"}) {
         ui.fileAnswers.push_back(dir.path(name));
@@ -70,6 +70,10 @@ TEST_F(OutputTest, BmpRoadWritesABmpWhateverTheName) {
     EXPECT_EQ(request.fileName, dir.path("s1") + " montage");
     EXPECT_EQ(request.initialFolder, state.appPath);
     EXPECT_EQ(state.outputFileName, dir.path("noextension"));
+    // A picture window proposes its own file, with " copy".
+    ui.fileAnswers.push_back(std::nullopt);
+    form().pictureWindow(2)->mnuSaveAs->trigger();
+    EXPECT_EQ(ui.fileRequests.back().fileName, dir.path("s2") + " copy");
 }
 
 TEST_F(OutputTest, CancelAndBadTargetsLoseNothing) {
@@ -89,13 +93,6 @@ TEST_F(OutputTest, CancelAndBadTargetsLoseNothing) {
     form().m.mnuJPG->trigger();
     EXPECT_EQ(lastMessage().text, "error 70 (Permission denied) at line 8600 of SaveAsSub");
     EXPECT_TRUE(testing::readBytes(dir.path("keep.bmp")) == "old contents");
-}
-
-TEST_F(OutputTest, PictureWindowProposesItsFileWithCopy) {
-    makeMontage();
-    ui.fileAnswers.push_back(std::nullopt);
-    form().pictureWindow(2)->mnuSaveAs->trigger();
-    EXPECT_EQ(ui.fileRequests.back().fileName, dir.path("s2") + " copy");
 }
 
 TEST_F(OutputTest, JpegRoadRunsTheConverterAndCleansUp) {
