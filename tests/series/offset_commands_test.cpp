@@ -184,12 +184,12 @@ TEST_F(OffsetCommandsTest, ClosingAWindowOrLoadingImageFilesPutsTheMarksAway) {
     loadSeries(2);
     form().m.mnuAddOffsets->trigger();
     drag(2, QPointF(13, 13), QPointF(30, 30));
+    // A closed window comes back with its mark at the design place.
     form().pictureWindow(2)->mnuClose->trigger();
     EXPECT_EQ(box(2)->Shape1(0), QRect(0, 0, 26, 26));
     EXPECT_EQ(box(2)->Shape1(1), QRect(8, 8, 10, 10));
     EXPECT_FALSE(box(2)->marksVisible());
-    // A closed window comes back with its mark at the design place; loading image
-    // files switches offsets off.
+    // Loading image files switches offsets off.
     ASSERT_TRUE(box(1)->marksVisible());
     form().mnuLoad_Click();
     EXPECT_FALSE(form().m.mnuAddOffsets->isChecked());
