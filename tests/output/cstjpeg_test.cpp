@@ -32,22 +32,11 @@ Converted runConverter(const QStringList& arguments, const std::string& folder) 
     return result;
 }
 
-TEST(CSTjpeg, ConvertsWithoutAnyDisplay) {
+// Each run gets a message and an exit code, never a signal; a good one a JPEG.
+TEST(CSTjpeg, ConvertsWithoutAnyDisplayAndRefusesBadArguments) {
     testing::TestFolder dir;
     const QImage picture = testing::patternPicture(31, 17, 3);
     testing::savePictureFile(picture, dir.path("in put.bmp"));
-    // The caller hands one argument; blanks in a name stay in it.
-    const Converted run = runConverter({"in put.bmp,out put.jpg"}, dir.root());
-    EXPECT_FALSE(run.crashed);
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    EXPECT_EQ(run.err, "");
-    EXPECT_EQ(testing::readBytes(dir.path("out put.jpg")).substr(0, 2), "\xFF\xD8");
-    EXPECT_EQ(QImage(QString::fromStdString(dir.path("out put.jpg"))).size(), picture.size());
-}
-
-TEST(CSTjpeg, BadArgumentsGetAMessageAndAnExitCodeNeverASignal) {
-    testing::TestFolder dir;
-    testing::savePictureFile(testing::patternPicture(8, 8, 1), dir.path("in.bmp"));
     testing::writeBytes(dir.path("bad.bmp"), "no picture");
     testing::writeBytes(dir.path("old.jpg"), "old contents");
     struct Row {
@@ -57,13 +46,15 @@ TEST(CSTjpeg, BadArgumentsGetAMessageAndAnExitCodeNeverASignal) {
     };
     const std::string usage = "usage: CSTjpeg BMPFILE,JPEGFILE\n";
     const Row rows[] = {
+        // The caller hands one argument; blanks in a name stay in it.
+        {{"in put.bmp,out put.jpg"}, 0, ""},
         {{}, 2, "CSTjpeg: no file names given\n" + usage},
-        {{"in.bmp"}, 2, "CSTjpeg: no comma between the two file names\n" + usage},
-        {{"in.bmp,"}, 2, "CSTjpeg: a file name is empty\n" + usage},
+        {{"in put.bmp"}, 2, "CSTjpeg: no comma between the two file names\n" + usage},
+        {{"in put.bmp,"}, 2, "CSTjpeg: a file name is empty\n" + usage},
         {{",old.jpg"}, 2, "CSTjpeg: a file name is empty\n" + usage},
         {{"gone.bmp,old.jpg"}, 1, "CSTjpeg: gone.bmp: File not found\n"},
         {{"bad.bmp,old.jpg"}, 1, "CSTjpeg: bad.bmp: Invalid picture\n"},
-        {{"in.bmp,no-folder/x.jpg"}, 1, "CSTjpeg: no-folder/x.jpg: Path not found\n"},
+        {{"in put.bmp,no-folder/x.jpg"}, 1, "CSTjpeg: no-folder/x.jpg: Path not found\n"},
     };
     for (const Row& row : rows) {
         const Converted run = runConverter(row.arguments, dir.root());
@@ -73,6 +64,8 @@ TEST(CSTjpeg, BadArgumentsGetAMessageAndAnExitCodeNeverASignal) {
         EXPECT_EQ(run.err, row.message) << what;
         EXPECT_EQ(testing::readBytes(dir.path("old.jpg")), "old contents") << what;
     }
+    EXPECT_EQ(testing::readBytes(dir.path("out put.jpg")).substr(0, 2), "\xFF\xD8");
+    EXPECT_EQ(QImage(QString::fromStdString(dir.path("out put.jpg"))).size(), picture.size());
 }
 
 }  // namespace

@@ -14,18 +14,10 @@ namespace {
 
 using testing::TestFolder;
 
-// The colour the fixed palette gives a pixel: each channel to its nearest level.
+// The colour the fixed palette gives a pixel: each channel to the nearest of 0, 64,
+// 128, 192 and 255, ties to the lower.
 QRgb halftoneOf(QRgb pixel) {
-    auto level = [](int v) {
-        const int levels[] = {0, 64, 128, 192, 255};
-        int best = 0;
-        for (int i = 1; i < 5; ++i) {
-            if (std::abs(v - levels[i]) < std::abs(v - levels[best])) {
-                best = i;
-            }
-        }
-        return levels[best];
-    };
+    auto level = [](int v) { return v > 223 ? 255 : (v + 31) / 64 * 64; };
     return qRgb(level(qRed(pixel)), level(qGreen(pixel)), level(qBlue(pixel)));
 }
 

@@ -34,19 +34,6 @@ ParsedGif parseGif(const std::string& s) {
     }
     g.endsProperly = p + 2 == s.size() && u8(p) == 0 && u8(p + 1) == 0x3B;
 
-    // Raw 9-bit codes, as the encoder promises never to widen them.
-    for (size_t bit = 0; bit + 9 <= data.size() * 8; bit += 9) {
-        int code = 0;
-        for (int i = 0; i < 9; ++i) {
-            const size_t b = bit + static_cast<size_t>(i);
-            code |= ((data[b / 8] >> (b % 8)) & 1) << i;
-        }
-        g.codes.push_back(code);
-        if (code == 257) {
-            break;
-        }
-    }
-
     // A standard decoder: widths grow as the table fills.
     const int clear = 1 << minimum;
     const int end = clear + 1;
@@ -67,6 +54,7 @@ ParsedGif parseGif(const std::string& s) {
         for (int i = 0; i < width; ++i, ++bit) {
             code |= ((data[bit / 8] >> (bit % 8)) & 1) << i;
         }
+        g.codes.push_back(code);
         if (code == clear) {
             reset();
             width = minimum + 1;

@@ -15,7 +15,7 @@ struct ParsedGif {
     int transparentIndex = -1;
     std::vector<uint8_t> table;
     std::vector<int> blockSizes;  ///< count byte of each data sub-block
-    std::vector<int> codes;       ///< 9-bit codes as they stand
+    std::vector<int> codes;       ///< codes as read, clear and end included
     std::vector<uint8_t> pixels;  ///< LZW-decoded indices, rows top-down
     bool endsProperly = false;    ///< terminator and trailer at the very end
 };

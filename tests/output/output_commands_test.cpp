@@ -1,12 +1,11 @@
 #include <gtest/gtest.h>
-#include <QElapsedTimer>
-#include <QThread>
 
 #include <filesystem>
 
 #include "output/output_names.h"
 #include "output/printing.h"
 #include "support/locked_folder.h"
+#include "support/series_wait_for_file.h"
 #include "support/ui_fixture.h"
 
 namespace lumiquilt {
@@ -32,18 +31,6 @@ class OutputTest : public UiTest {
         ui.messages.clear();
     }
     QImage montage() { return form().montageWindow()->PictureFile->picture(); }
-    static bool waitForFile(const std::string& name) {
-        QElapsedTimer clock;
-        clock.start();
-        while (clock.elapsed() < 10000) {
-            if (fs::exists(name) && fs::file_size(name) > 0) {
-                QThread::msleep(100);  // let the writer finish its rename
-                return true;
-            }
-            QThread::msleep(20);
-        }
-        return false;
-    }
 };
 
 TEST_F(OutputTest, NothingToSaveCopyEditOrPrint) {
@@ -63,7 +50,7 @@ TEST_F(OutputTest, NothingToSaveCopyEditOrPrint) {
     EXPECT_TRUE(ui.fileRequests.empty());
 }
 
-TEST_F(OutputTest, BmpRoadWritesABmpWhateverTheName) {
+TEST_F(OutputTest, SaveAsProposesANameAndWritesABmpWhateverTheName) {
     makeMontage();
     for (const char* name : {"out.bmp", "out.jpeg", "noextension"}) {
         ui.fileAnswers.push_back(dir.path(name));
@@ -83,6 +70,10 @@ TEST_F(OutputTest, BmpRoadWritesABmpWhateverTheName) {
     EXPECT_EQ(request.fileName, dir.path("s1") + " montage");
     EXPECT_EQ(request.initialFolder, state.appPath);
     EXPECT_EQ(state.outputFileName, dir.path("noextension"));
+    // A picture window proposes its own file, with " copy".
+    ui.fileAnswers.push_back(std::nullopt);
+    form().pictureWindow(2)->mnuSaveAs->trigger();
+    EXPECT_EQ(ui.fileRequests.back().fileName, dir.path("s2") + " copy");
 }
 
 TEST_F(OutputTest, CancelAndBadTargetsLoseNothing) {
@@ -104,44 +95,34 @@ TEST_F(OutputTest, CancelAndBadTargetsLoseNothing) {
     EXPECT_TRUE(testing::readBytes(dir.path("keep.bmp")) == "old contents");
 }
 
-TEST_F(OutputTest, PictureWindowProposesItsFileWithCopy) {
-    makeMontage();
-    ui.fileAnswers.push_back(std::nullopt);
-    form().pictureWindow(2)->mnuSaveAs->trigger();
-    EXPECT_EQ(ui.fileRequests.back().fileName, dir.path("s2") + " copy");
-}
-
 TEST_F(OutputTest, JpegRoadRunsTheConverterAndCleansUp) {
     makeMontage();
+    // No converter comes: no JPEG and no temporary file are left.
+    ui.fileAnswers.push_back(dir.path("out.jpg"));
+    form().m.mnuJPG->trigger();
+    EXPECT_FALSE(fs::exists(dir.path("out.jpg")));
+    ASSERT_EQ(ui.started.size(), 1u);
+    const std::string unconverted = ui.started[0].second[0].toStdString();
+    EXPECT_FALSE(fs::exists(unconverted.substr(0, unconverted.find(','))));
+
     fs::create_symlink(LUMIQUILT_BIN_DIR "/CSTjpeg", dir.path("CSTjpeg"));
     ui.reallyStartPrograms = true;
     form().output().outsideProgramWait = 1.5;
     ui.fileAnswers.push_back(dir.path("with blank.JPG"));
     form().m.mnuJPG->trigger();
     EXPECT_TRUE(ui.messages.empty());  // the JPEG road says nothing
-    ASSERT_EQ(ui.started.size(), 1u);
-    EXPECT_EQ(ui.started[0].first, state.appPath + "CSTjpeg");
-    const QStringList args = ui.started[0].second;
+    ASSERT_EQ(ui.started.size(), 2u);
+    EXPECT_EQ(ui.started[1].first, state.appPath + "CSTjpeg");
+    const QStringList args = ui.started[1].second;
     ASSERT_EQ(args.size(), 1);
     const std::string line = args[0].toStdString();
     const std::string temporary = line.substr(0, line.find(','));
     EXPECT_EQ(line.substr(line.find(',') + 1), dir.path("with blank.JPG"));
     EXPECT_NE(temporary.find("/qvztemp"), std::string::npos);
     EXPECT_FALSE(fs::exists(temporary));
-    ASSERT_TRUE(waitForFile(dir.path("with blank.JPG")));
+    ASSERT_TRUE(testing::waitForFile(dir.path("with blank.JPG")));
     EXPECT_EQ(testing::readBytes(dir.path("with blank.JPG")).substr(0, 2), "\xFF\xD8");
     EXPECT_EQ(QImage(QString::fromStdString(dir.path("with blank.JPG"))).size(), montage().size());
-}
-
-TEST_F(OutputTest, MissingConverterLeavesNoJpegAndNoTemporaryFile) {
-    makeMontage();
-    ui.fileAnswers.push_back(dir.path("out.jpg"));
-    form().m.mnuJPG->trigger();
-    EXPECT_TRUE(ui.messages.empty());
-    EXPECT_FALSE(fs::exists(dir.path("out.jpg")));
-    ASSERT_EQ(ui.started.size(), 1u);
-    const std::string line = ui.started[0].second[0].toStdString();
-    EXPECT_FALSE(fs::exists(line.substr(0, line.find(','))));
 }
 
 // The converter's and the editor's temporary pictures where none can be written: the
@@ -236,7 +217,6 @@ TEST_F(OutputTest, ClipboardTakesTheMainMontageFromAMethodWindow) {
 
 TEST_F(OutputTest, EditorGetsATemporaryBmpThatGoesAfterTheWait) {
     makeMontage();
-    std::string seen;
     FormMontagePicture* method = form().methodWindow(1);
     method->PictureFile->setPicture(testing::patternPicture(7, 6, 2));
     method->mnuEditor->trigger();

@@ -16,12 +16,14 @@
 #include "series/picture_io.h"
 #include "support/full_disk.h"
 #include "support/locked_folder.h"
+#include "support/series_error_of.h"
 #include "support/test_pictures.h"
 
 namespace lumiquilt {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::errorOf;
 using testing::TestFolder;
 
 // A writer: writes its file under `target` and returns 0, or the error number it
@@ -54,15 +56,6 @@ QImage picture() {
     return image;
 }
 
-int errorOf(const std::function<void()>& work) {
-    try {
-        work();
-        return 0;
-    } catch (const RuntimeError& error) {
-        return error.number();
-    }
-}
-
 Writer pictureWriter(const std::string& name, const std::string& file, const char* format) {
     return {name, file, kOldPicture, [format](const std::string& target, const std::string&) {
                 return errorOf([&] { savePicture(picture(), target, format); });
@@ -75,8 +68,8 @@ Writer montageWriter(const std::string& name, const std::string& file) {
             const QImage image = picture();
             PixelBuffers buffers;
             buffers.sizeMontage(image.width(), image.height());
-            const QImage bgr = image.convertToFormat(QImage::Format_RGB32);
-            readPictureIntoFrame(viewOf(bgr), buffers.montageSlot(PixelBuffers::kFirstMontageSlot),
+            readPictureIntoFrame(viewOf(image),
+                                 buffers.montageSlot(PixelBuffers::kFirstMontageSlot),
                                  buffers.montageMaxX + 1, buffers.montageMaxY + 1);
             return errorOf([&] { saveMontage(buffers, image.width(), image.height(), target); });
         }};
@@ -84,9 +77,8 @@ Writer montageWriter(const std::string& name, const std::string& file) {
 
 Writer gifWriter() {
     return {"GifEncoder", "p.gif", kOldPicture, [](const std::string& target, const std::string&) {
-                const QImage image = picture().convertToFormat(QImage::Format_RGB32);
                 GIF gif;
-                return errorOf([&] { gif.SaveGIF(mapToHalftone(viewOf(image)), target); });
+                return errorOf([&] { gif.SaveGIF(mapToHalftone(viewOf(picture())), target); });
             }};
 }
 

@@ -3,25 +3,28 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <tuple>
 
 #include "core/runtime_error.h"
+#include "support/series_error_of.h"
 
 namespace lumiquilt {
 namespace {
 
+using testing::errorOf;
+
 TEST(OffsetMode, ChecksAreReadMinimumMaximumSame) {
-    struct Row {
+    const struct {
         bool add, min, max, same;
         OffsetMode mode;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {false, true, true, true, OffsetMode::off},
         {true, false, false, false, OffsetMode::off},
         {true, true, true, true, OffsetMode::minimum},
         {true, false, true, true, OffsetMode::maximum},
         {true, false, false, true, OffsetMode::same},
     };
-    for (const Row& r : rows) {
+    for (const auto& r : rows) {
         EXPECT_EQ(offsetModeFrom(r.add, r.min, r.max, r.same), r.mode)
             << r.add << r.min << r.max << r.same;
     }
@@ -46,25 +49,23 @@ void collect(ProgramState& s, const std::vector<MarkCentre>& centres) {
 }
 
 TEST(CollectTargetCentres, StartValuesStandAsTheyAre) {
-    struct Row {
+    const struct {
         const char* name;
         std::vector<MarkCentre> centres;
         int16_t minX, maxX, minY, maxY;
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"design place", {{13, 13}, {13, 13}}, 13, 13, 13, 13},
         {"one image sets both extremes", {{40, 7}}, 40, 40, 7, 7},
         {"beyond 999 never lowers the minimum", {{1200, 1500}, {1300, 1400}}, 999, 1300, 999, 1500},
         {"below 0 never raises the maximum", {{-5, -9}, {-20, -1}}, -20, 0, -9, 0},
         {"halves go to the even neighbour", {{12.5, 13.5}, {15.5, 16.5}}, 12, 16, 14, 16},
     };
-    for (const Row& r : rows) {
+    for (const auto& r : rows) {
         ProgramState s = stateWith(100, 80, static_cast<int>(r.centres.size()));
         collect(s, r.centres);
-        EXPECT_EQ(s.offsetMinX, r.minX) << r.name;
-        EXPECT_EQ(s.offsetMaxX, r.maxX) << r.name;
-        EXPECT_EQ(s.offsetMinY, r.minY) << r.name;
-        EXPECT_EQ(s.offsetMaxY, r.maxY) << r.name;
+        EXPECT_EQ(std::tie(s.offsetMinX, s.offsetMaxX, s.offsetMinY, s.offsetMaxY),
+                  std::tie(r.minX, r.maxX, r.minY, r.maxY))
+            << r.name;
     }
 }
 
@@ -91,110 +92,74 @@ TEST(CollectTargetCentres, IgnoredImageCountsForNothingAndKeepsItsOldValues) {
 
 TEST(CollectTargetCentres, CentreBeyondSixteenBitsIsAnOverflow) {
     ProgramState s = stateWith(100, 80, 1);
-    try {
-        collect(s, {{40000, 5}});
-        FAIL();
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.number(), 6);
+    EXPECT_EQ(errorOf([&] { collect(s, {{40000, 5}}); }), kOverflow);
+}
+
+TEST(ApplyOffsetMode, GivesBasesShiftAndSize) {
+    constexpr auto minimum = OffsetMode::minimum, maximum = OffsetMode::maximum,
+                   same = OffsetMode::same;
+    constexpr auto on = OffsetOutcome::aligned, noArea = OffsetOutcome::noMinimumArea,
+                   noSize = OffsetOutcome::noMaximumSize;
+    const struct {
+        const char* name;
+        OffsetMode mode;
+        float width, height, newWidth, newHeight;
+        int16_t baseX, baseY, rowShift;
+        OffsetOutcome outcome;
+        std::vector<MarkCentre> centres;
+    } rows[] = {
+        {"minimum rounds down", minimum, 801, 601, 800, 600, 13, 13, 0, on, {{13, 13}, {13, 13}}},
+        {"maximum adds 3 first", maximum, 801, 601, 804, 604, 13, 13, 0, on, {{13, 13}, {13, 13}}},
+        {"minimum keeps a multiple of 4", minimum, 800, 600, 800, 600, 13, 13, 0, on, {{13, 13}}},
+        {"maximum keeps a multiple of 4", maximum, 800, 600, 800, 600, 13, 13, 0, on, {{13, 13}}},
+        {"minimum spread ten", minimum, 100, 80, 88, 72, 13, 20, 6, on, {{13, 20}, {23, 26}}},
+        {"maximum spread ten", maximum, 100, 80, 112, 88, 23, 26, -6, on, {{13, 20}, {23, 26}}},
+        {"same keeps the size", same, 100, 80, 100, 80, 13, 20, 0, on, {{13, 20}, {23, 26}}},
+        // 0 still makes a window of its frame: the run goes on with an empty montage.
+        {"minimum empty but a window", minimum, 20, 80, 0, 80, 13, 20, 0, on, {{13, 20}, {33, 20}}},
+        // Every centre beyond 999 in X: the minimum stays at 999 and the width grows.
+        {"beyond 999", minimum, 2000, 80, 1496, 80, 999, 20, 0, on, {{1500, 20}, {1500, 20}}},
+        {"minimum nothing left", minimum, 20, 80, -8, 80, 0, 0, 0, noArea, {{13, 20}, {41, 20}}},
+        {"maximum no size", maximum, 0, 80, 0, 80, 0, 0, 0, noSize, {{13, 20}}},
+    };
+    for (const auto& r : rows) {
+        ProgramState s = stateWith(r.width, r.height, static_cast<int>(r.centres.size()));
+        collect(s, r.centres);
+        const OffsetStep step = applyOffsetMode(s, r.mode, r.width, r.height);
+        EXPECT_EQ(step.outcome, r.outcome) << r.name;
+        EXPECT_EQ(s.imageWidth, r.newWidth) << r.name;
+        EXPECT_EQ(s.imageHeight, r.newHeight) << r.name;
+        if (r.outcome == on) {
+            EXPECT_EQ(s.offsetBaseX, r.baseX) << r.name;
+            EXPECT_EQ(s.offsetBaseY, r.baseY) << r.name;
+            EXPECT_EQ(step.rowShift, r.rowShift) << r.name;
+            // Minimum and maximum size the montage window anew.
+            EXPECT_EQ(step.resizeMontage, r.mode != same) << r.name;
+        }
     }
 }
-
-struct ModeRow {
-    const char* name;
-    OffsetMode mode;
-    float width, height;
-    std::vector<MarkCentre> centres;
-    float newWidth, newHeight;
-    int16_t baseX, baseY, rowShift;
-    bool resize = true;
-    OffsetOutcome outcome = OffsetOutcome::aligned;
-    friend void PrintTo(const ModeRow& row, std::ostream* os) { *os << row.name; }
-};
-
-class ModeTable : public ::testing::TestWithParam<ModeRow> {};
-
-TEST_P(ModeTable, GivesBasesShiftAndSize) {
-    const ModeRow& r = GetParam();
-    ProgramState s = stateWith(r.width, r.height, static_cast<int>(r.centres.size()));
-    collect(s, r.centres);
-    const OffsetStep step = applyOffsetMode(s, r.mode, r.width, r.height);
-    EXPECT_EQ(step.outcome, r.outcome);
-    EXPECT_EQ(s.imageWidth, r.newWidth);
-    EXPECT_EQ(s.imageHeight, r.newHeight);
-    if (r.outcome == OffsetOutcome::aligned) {
-        EXPECT_EQ(s.offsetBaseX, r.baseX);
-        EXPECT_EQ(s.offsetBaseY, r.baseY);
-        EXPECT_EQ(step.rowShift, r.rowShift);
-        EXPECT_EQ(step.resizeMontage, r.resize);
-    }
-}
-
-ModeRow aligned(const char* name, OffsetMode mode, float width, float height,
-                std::vector<MarkCentre> centres, float newWidth, float newHeight, int16_t baseX,
-                int16_t baseY, int16_t rowShift, bool resize = true) {
-    return {name,  mode,  width,    height, std::move(centres),    newWidth, newHeight,
-            baseX, baseY, rowShift, resize, OffsetOutcome::aligned};
-}
-
-ModeRow ended(const char* name, OffsetMode mode, float width, float height,
-              std::vector<MarkCentre> centres, float newWidth, float newHeight,
-              OffsetOutcome outcome) {
-    return {name, mode, width, height, std::move(centres), newWidth, newHeight, 0,
-            0,    0,    false, outcome};
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Offsets, ModeTable,
-    ::testing::Values(aligned("MinimumRoundsDownToFour", OffsetMode::minimum, 801, 601,
-                              {{13, 13}, {13, 13}}, 800, 600, 13, 13, 0),
-                      aligned("MaximumAddsThreeFirst", OffsetMode::maximum, 801, 601,
-                              {{13, 13}, {13, 13}}, 804, 604, 13, 13, 0),
-                      aligned("MinimumKeepsAMultipleOfFour", OffsetMode::minimum, 800, 600,
-                              {{13, 13}}, 800, 600, 13, 13, 0),
-                      aligned("MaximumKeepsAMultipleOfFour", OffsetMode::maximum, 800, 600,
-                              {{13, 13}}, 800, 600, 13, 13, 0),
-                      aligned("MinimumSpreadTenOnAHundred", OffsetMode::minimum, 100, 80,
-                              {{13, 20}, {23, 26}}, 88, 72, 13, 20, 6),
-                      aligned("MaximumSpreadTenOnAHundred", OffsetMode::maximum, 100, 80,
-                              {{13, 20}, {23, 26}}, 112, 88, 23, 26, -6),
-                      aligned("SameKeepsTheSize", OffsetMode::same, 100, 80, {{13, 20}, {23, 26}},
-                              100, 80, 13, 20, 0, false),
-                      // 0 still makes a window of its frame: the run goes on with an empty montage.
-                      aligned("MinimumEmptyButAWindow", OffsetMode::minimum, 20, 80,
-                              {{13, 20}, {33, 20}}, 0, 80, 13, 20, 0),
-                      // Every centre beyond 999 in X: the minimum stays at 999 and the width grows.
-                      aligned("MinimumWithCentresBeyondTheStart", OffsetMode::minimum, 2000, 80,
-                              {{1500, 20}, {1500, 20}}, 1496, 80, 999, 20, 0),
-                      ended("MinimumNothingLeft", OffsetMode::minimum, 20, 80, {{13, 20}, {41, 20}},
-                            -8, 80, OffsetOutcome::noMinimumArea),
-                      ended("MaximumNoSize", OffsetMode::maximum, 0, 80, {{13, 20}}, 0, 80,
-                            OffsetOutcome::noMaximumSize)),
-    [](const ::testing::TestParamInfo<ModeRow>& info) { return std::string(info.param.name); });
 
 TEST(OffsetModeSize, ChangesOnlyFromPictureOnesSizeAndBelowPassTwo) {
-    const std::vector<MarkCentre> spread = {{13, 13}, {23, 13}};
+    // The width that the modes leave, from a width, an evaluation pass and a spread of 10.
+    const auto widthAfter = [](float width, int pass, std::initializer_list<OffsetMode> modes) {
+        ProgramState s = stateWith(width, 80, 2);
+        s.evaluationPass = static_cast<int16_t>(pass);
+        collect(s, {{13, 13}, {23, 13}});
+        for (const OffsetMode mode : modes) {
+            applyOffsetMode(s, mode, 100, 80);
+        }
+        return s.imageWidth;
+    };
     // A second minimum run starts from the reloaded full size and ends where the first did.
-    for (int run = 0; run < 2; ++run) {
-        ProgramState s = stateWith(100, 80, 2);
-        collect(s, spread);
-        applyOffsetMode(s, OffsetMode::minimum, 100, 80);
-        EXPECT_EQ(s.imageWidth, 88) << run;
-    }
+    EXPECT_EQ(widthAfter(100, 0, {OffsetMode::minimum}), 88);
+    EXPECT_EQ(widthAfter(100, 0, {OffsetMode::minimum}), 88);
     // The size already shrunk no longer equals picture 1's: it stays.
-    ProgramState s = stateWith(88, 80, 2);
-    collect(s, spread);
-    applyOffsetMode(s, OffsetMode::minimum, 100, 80);
-    EXPECT_EQ(s.imageWidth, 88);
-    applyOffsetMode(s, OffsetMode::maximum, 100, 80);
-    EXPECT_EQ(s.imageWidth, 88);
+    EXPECT_EQ(widthAfter(88, 0, {OffsetMode::minimum}), 88);
+    EXPECT_EQ(widthAfter(88, 0, {OffsetMode::minimum, OffsetMode::maximum}), 88);
     // An evaluation pass of 2 or more neither shrinks nor restores.
-    for (int pass : {1, 2, 3}) {
-        ProgramState p = stateWith(100, 80, 2);
-        p.evaluationPass = static_cast<int16_t>(pass);
-        collect(p, spread);
-        applyOffsetMode(p, OffsetMode::minimum, 100, 80);
-        EXPECT_EQ(p.imageWidth, pass < 2 ? 88 : 100) << pass;
-    }
+    EXPECT_EQ(widthAfter(100, 1, {OffsetMode::minimum}), 88);
+    EXPECT_EQ(widthAfter(100, 2, {OffsetMode::minimum}), 100);
+    EXPECT_EQ(widthAfter(100, 3, {OffsetMode::minimum}), 100);
 }
 
 TEST(OffsetModeSize, NegativeSizeInsideTheFrameIsAnInvalidProperty) {
@@ -214,8 +179,7 @@ TEST(OffsetModeSize, NoWindowFramesMakeZeroWidthNoArea) {
     // Without window frames (the command-line tool) a width of 0 or less is no area.
     ProgramState s;
     s.imageCount = 2;
-    s.imageWidth = 20;
-    s.imageHeight = 20;
+    s.imageWidth = s.imageHeight = 20;
     collect(s, {{13, 13}, {33, 13}});
     EXPECT_EQ(applyOffsetMode(s, OffsetMode::minimum, 20, 20).outcome,
               OffsetOutcome::noMinimumArea);

@@ -30,21 +30,20 @@ class OffsetCommandsTest : public UiTest {
     PictureBox* box(int k) { return form().pictureWindow(k)->PictureFile; }
     std::string statusText() { return form().statusWindow()->LabelStatus->text().toStdString(); }
 
-    // Mouse events at widget places; for a move, `buttons` are those held.
-    void press(int k, Qt::MouseButton button, QPointF at) {
-        QMouseEvent e(QEvent::MouseButtonPress, at, box(k)->mapToGlobal(at), button, button,
-                      Qt::NoModifier);
+    // Mouse events at widget places; `held` are the buttons down after the event.
+    void mouse(QEvent::Type type, int k, Qt::MouseButton button, Qt::MouseButtons held,
+               QPointF at) {
+        QMouseEvent e(type, at, box(k)->mapToGlobal(at), button, held, Qt::NoModifier);
         QApplication::sendEvent(box(k), &e);
     }
-    void move(int k, Qt::MouseButtons buttons, QPointF at) {
-        QMouseEvent e(QEvent::MouseMove, at, box(k)->mapToGlobal(at), Qt::NoButton, buttons,
-                      Qt::NoModifier);
-        QApplication::sendEvent(box(k), &e);
+    void press(int k, Qt::MouseButton b, QPointF at) {
+        mouse(QEvent::MouseButtonPress, k, b, b, at);
     }
-    void release(int k, Qt::MouseButton button, QPointF at) {
-        QMouseEvent e(QEvent::MouseButtonRelease, at, box(k)->mapToGlobal(at), button, Qt::NoButton,
-                      Qt::NoModifier);
-        QApplication::sendEvent(box(k), &e);
+    void move(int k, Qt::MouseButtons held, QPointF at) {
+        mouse(QEvent::MouseMove, k, Qt::NoButton, held, at);
+    }
+    void release(int k, Qt::MouseButton b, QPointF at) {
+        mouse(QEvent::MouseButtonRelease, k, b, Qt::NoButton, at);
     }
     void drag(int k, QPointF from, QPointF to) {
         press(k, Qt::LeftButton, from);
@@ -130,18 +129,15 @@ TEST_F(OffsetCommandsTest, RightButtonGrabsButMovesNothingAndItsReleaseOpensTheP
     window->mnuMenu->hide();
 }
 
-TEST_F(OffsetCommandsTest, HiddenMarkIsGrabbedAndTheStatusChangesUnseen) {
+TEST_F(OffsetCommandsTest, HiddenMarkIsDraggedUnseenEvenOffThePicture) {
     loadSeries(1);
     ASSERT_FALSE(box(1)->marksVisible());
     drag(1, QPointF(13, 13), QPointF(20, 15));
     EXPECT_EQ(box(1)->Shape1(0).topLeft(), QPoint(7, 2));
     EXPECT_FALSE(form().statusWindow()->isVisible());
     EXPECT_EQ(statusText(), "     Image 1 = 20 , 15");
-}
-
-TEST_F(OffsetCommandsTest, MarksGoOffThePictureToNegativePlaces) {
-    loadSeries(1);
-    drag(1, QPointF(13, 13), QPointF(-20, -30));
+    // Off the picture to negative places, which the next run takes as they are.
+    drag(1, QPointF(20, 15), QPointF(-20, -30));
     EXPECT_EQ(box(1)->Shape1(0).topLeft(), QPoint(-33, -43));
     EXPECT_EQ(statusText(), "     Image 1 = -20 , -30");
     form().m.mnuAddOffsets->trigger();
@@ -184,19 +180,17 @@ TEST_F(OffsetCommandsTest, ColourDialogColoursEveryMarkAndWritesNothing) {
     EXPECT_EQ(box(1)->markColor(), QColor(0, 128, 255));
 }
 
-TEST_F(OffsetCommandsTest, ClosedWindowComesBackWithItsMarkAtTheDesignPlace) {
+TEST_F(OffsetCommandsTest, ClosingAWindowOrLoadingImageFilesPutsTheMarksAway) {
     loadSeries(2);
     form().m.mnuAddOffsets->trigger();
     drag(2, QPointF(13, 13), QPointF(30, 30));
+    // A closed window comes back with its mark at the design place.
     form().pictureWindow(2)->mnuClose->trigger();
     EXPECT_EQ(box(2)->Shape1(0), QRect(0, 0, 26, 26));
     EXPECT_EQ(box(2)->Shape1(1), QRect(8, 8, 10, 10));
     EXPECT_FALSE(box(2)->marksVisible());
-}
-
-TEST_F(OffsetCommandsTest, LoadingImageFilesSwitchesOffsetsOff) {
-    loadSeries(2);
-    form().m.mnuAddOffsets->trigger();
+    // Loading image files switches offsets off.
+    ASSERT_TRUE(box(1)->marksVisible());
     form().mnuLoad_Click();
     EXPECT_FALSE(form().m.mnuAddOffsets->isChecked());
     EXPECT_FALSE(box(1)->marksVisible());

@@ -12,20 +12,18 @@
 #include "core/runtime_error.h"
 #include "engine/montage_run.h"
 #include "output/gif_encoder.h"
+#include "support/full_disk.h"
+#include "support/series_error_of.h"
 #include "support/test_pictures.h"
 
 namespace lumiquilt {
 namespace {
 
+using testing::errorOf;
 using testing::TestFolder;
 
-int errorOf(const std::string& fileName) {
-    try {
-        loadPicture(fileName);
-        return 0;
-    } catch (const RuntimeError& e) {
-        return e.number();
-    }
+int loadError(const std::string& fileName) {
+    return errorOf([&] { loadPicture(fileName); });
 }
 
 TEST(LoadPicture, ReadsTheCommonFormatsIntoBufferLayouts) {
@@ -64,12 +62,12 @@ TEST(LoadPicture, HostileFilesGiveTheirErrorNumbers) {
     absurd += std::string("\xff\xff\xff\x7f", 4) + std::string("\xff\xff\xff\x7f", 4);
     absurd += std::string("\x01\0\x18\0", 4) + std::string(24, '\0');
     testing::writeBytes(dir.path("absurd1.bmp"), absurd);
-    EXPECT_EQ(errorOf(dir.path("missing1.jpg")), 53);
-    EXPECT_EQ(errorOf(dir.path("folder1.jpg")), 53);
-    EXPECT_EQ(errorOf(dir.path("text1.jpg")), 481);
-    EXPECT_EQ(errorOf(dir.path("empty1.bmp")), 481);
-    EXPECT_EQ(errorOf(dir.path("absurd1.bmp")), 481);
-    EXPECT_EQ(errorOf(dir.path(std::string(300, 'n') + "1.jpg")), 53);
+    const std::pair<std::string, int> rows[] = {
+        {"missing1.jpg", 53}, {"folder1.jpg", 53},  {"text1.jpg", 481},
+        {"empty1.bmp", 481},  {"absurd1.bmp", 481}, {std::string(300, 'n') + "1.jpg", 53}};
+    for (const auto& [name, error] : rows) {
+        EXPECT_EQ(loadError(dir.path(name)), error) << name;
+    }
 }
 
 // A chunk whose length runs past the end of the file is refused before the PNG
@@ -77,7 +75,7 @@ TEST(LoadPicture, HostileFilesGiveTheirErrorNumbers) {
 TEST(LoadPicture, PngChunkLongerThanItsFileTakesNoMemory) {
     rusage before{};
     ::getrusage(RUSAGE_SELF, &before);
-    EXPECT_EQ(errorOf(LUMIQUILT_TEST_DATA "/hostile/png_text_chunk_claims_2GB.png"), 481);
+    EXPECT_EQ(loadError(LUMIQUILT_TEST_DATA "/hostile/png_text_chunk_claims_2GB.png"), 481);
     rusage after{};
     ::getrusage(RUSAGE_SELF, &after);
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 256 * 1024) << "KB more at the peak";
@@ -108,16 +106,6 @@ TEST(LoadPicture, RowsAShortBmpLacksAreBlackNotLeftovers) {
     }
 }
 
-TEST(LoadPicture, TruncatedJpegNeverCrashes) {
-    TestFolder dir;
-    testing::savePictureFile(testing::patternPicture(64, 48, 2), dir.path("full1.jpg"));
-    const std::string bytes = testing::readBytes(dir.path("full1.jpg"));
-    testing::writeBytes(dir.path("cut1.jpg"), bytes.substr(0, bytes.size() / 2));
-    // Either the decoder gives what it has, or it is no picture: both are fine.
-    const int error = errorOf(dir.path("cut1.jpg"));
-    EXPECT_TRUE(error == 0 || error == 481) << error;
-}
-
 TEST(SavePicture, WritesAndReplacesWholeFilesOnly) {
     TestFolder dir;
     const QImage picture = testing::patternPicture(9, 5, 3);
@@ -126,13 +114,6 @@ TEST(SavePicture, WritesAndReplacesWholeFilesOnly) {
         EXPECT_EQ(QImage(QString::fromStdString(dir.path(name))).size(), QSize(9, 5)) << name;
     }
     EXPECT_EQ(QImage(QString::fromStdString(dir.path("out.bmp"))).pixel(4, 2), picture.pixel(4, 2));
-
-    try {
-        savePicture(picture, dir.path("no-folder/out.bmp"));
-        FAIL();
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.number(), 76);
-    }
     EXPECT_THROW(savePicture(picture, dir.path("out.tif")), RuntimeError);
 }
 
@@ -182,47 +163,23 @@ TEST(SaveMontage, SameBytesAsSavingThePaintedPicture) {
         const QImage painted = paintMontage(b, size.width(), size.height());
         const std::string what = std::to_string(size.width()) + "x" + std::to_string(size.height());
 
-        saveMontage(b, size.width(), size.height(), dir.path("m.bmp"));
-        EXPECT_EQ(testing::readBytes(dir.path("m.bmp")), qtWrites(painted, dir, "BMP")) << what;
-        saveMontage(b, size.width(), size.height(), dir.path("m.png"));
-        EXPECT_EQ(testing::readBytes(dir.path("m.png")), qtWrites(painted, dir, "PNG")) << what;
-        for (const char* name : {"m.jpg", "m.JPEG"}) {
-            saveMontage(b, size.width(), size.height(), dir.path(name));
-            EXPECT_EQ(testing::readBytes(dir.path(name)), qtWrites(painted, dir, "JPEG")) << what;
-        }
-        saveMontage(b, size.width(), size.height(), dir.path("m.gif"));
         GIF gif;
         gif.SaveGIF(mapToHalftone(viewOf(painted)), dir.path("painted.gif"));
-        EXPECT_EQ(testing::readBytes(dir.path("m.gif")),
-                  testing::readBytes(dir.path("painted.gif")))
-            << what;
+        const std::pair<const char*, std::string> rows[] = {
+            {"m.bmp", qtWrites(painted, dir, "BMP")},
+            {"m.png", qtWrites(painted, dir, "PNG")},
+            {"m.jpg", qtWrites(painted, dir, "JPEG")},
+            {"m.JPEG", qtWrites(painted, dir, "JPEG")},
+            {"m.gif", testing::readBytes(dir.path("painted.gif"))}};
+        for (const auto& [name, bytes] : rows) {
+            saveMontage(b, size.width(), size.height(), dir.path(name));
+            EXPECT_EQ(testing::readBytes(dir.path(name)), bytes) << name << " " << what;
+        }
     }
     PixelBuffers b;
     b.sizeMontage(4, 4);
     EXPECT_THROW(saveMontage(b, 4, 4, dir.path("m.tif")), RuntimeError);
-    try {
-        saveMontage(b, 4, 4, dir.path("no-folder/m.bmp"));
-        FAIL();
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.number(), 76);
-    }
 }
-
-TEST(PictureFromFrame, IsTheReverseOfTheBufferTransfer) {
-    const QImage picture = testing::patternPicture(6, 3, 4).convertToFormat(QImage::Format_BGR888);
-    PixelBuffers b;
-    b.sizeMontage(6, 3);
-    readPictureIntoFrame(viewOf(picture), b.montageSlot(100), b.montageMaxX + 1, b.montageMaxY + 1);
-    const QImage back =
-        pictureFromFrame(b.montageSlot(100), b.montageMaxX + 1, b.montageMaxY + 1, 6, 3);
-    EXPECT_EQ(back, picture);
-}
-
-}  // namespace
-}  // namespace lumiquilt
-
-namespace lumiquilt {
-namespace {
 
 TEST(PreviewBuffer, TakesThePaddedSizeAndPaintsBackTheRealOne) {
     // A 159 by 158 preview: bounds 159 and 159, read and painted at its real size.
@@ -243,23 +200,13 @@ TEST(MethodPixelBuffers, ReloadSlotsOneHundredToOneHundredSix) {
     std::vector<PictureView> views;
     for (int i = 0; i < 7; ++i) {
         pictures.push_back(testing::flatPicture(6, 4, QColor(10 * i, 0, 0)));
-    }
-    for (const QImage& p : pictures) {
-        views.push_back(viewOf(p));
+        views.push_back(viewOf(pictures.back()));
     }
     loadMethodPixelBuffers(state, views);
     for (int i = 0; i < 7; ++i) {
         EXPECT_EQ(state.buffers.redAt(5, 3, 100 + i), 10 * i);
     }
 }
-
-}  // namespace
-}  // namespace lumiquilt
-
-#include "support/full_disk.h"
-
-namespace lumiquilt {
-namespace {
 
 // A window's reduced picture: the exact size asked for, and the picture Qt's own
 // smooth scaling gives within a few levels, for every pixel layout a window shows.
@@ -303,14 +250,8 @@ TEST(SavePicture, FullDiskLeavesTheOldFileWhole) {
     for (const auto& row : rows) {
         const QImage picture = testing::patternPicture(row.width, row.height, 1);
         const long room = row.room;
-        const int error = testing::withFullDisk(room, [&] {
-            try {
-                savePicture(picture, target, "BMP");
-                return 0;
-            } catch (const RuntimeError& e) {
-                return e.number();
-            }
-        });
+        const int error = testing::withFullDisk(
+            room, [&] { return errorOf([&] { savePicture(picture, target, "BMP"); }); });
         EXPECT_EQ(error, 61) << room;
         EXPECT_EQ(testing::readBytes(target), "old picture") << room;
     }

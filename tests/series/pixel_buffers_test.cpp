@@ -2,14 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <memory>
-
 #include <vector>
 
 #include "core/runtime_error.h"
+#include "support/series_error_of.h"
 
 namespace lumiquilt {
 namespace {
+
+using testing::errorOf;
 
 // A top-down BGR picture whose pixel (x, row) is (x, row, 7) in blue, green, red.
 struct Picture {
@@ -28,14 +31,22 @@ struct Picture {
     PictureView view() const { return {width, height, bits.data(), width * 3, PixelFormat::bgr24}; }
 };
 
-TEST(PaddedBound, RoundsUpToAMultipleOfFour) {
+// Blue, green and red of one pixel of the buffers.
+using Bgr = std::array<int, 3>;
+Bgr bgrAt(const PixelBuffers& b, int x, int y, int picture) {
+    return {b.blueAt(x, y, picture), b.greenAt(x, y, picture), b.redAt(x, y, picture)};
+}
+
+// Reads a picture into series image k, cut or padded to the series frame.
+void readInto(PixelBuffers& b, int k, const PictureView& picture) {
+    readPictureIntoFrame(picture, b.seriesImage(k), b.seriesMaxX + 1, b.seriesMaxY + 1);
+}
+
+TEST(PixelBuffers, BoundsArePaddedToAMultipleOfFour) {
     EXPECT_EQ(paddedBound(641), 643);
     EXPECT_EQ(paddedBound(481), 483);
     EXPECT_EQ(paddedBound(640), 639);
     EXPECT_EQ(paddedBound(1), 3);
-}
-
-TEST(PixelBuffers, PictureSixFortyOneByFourEightyOne) {
     PixelBuffers b;
     b.sizeSeries(641, 481, 2);
     EXPECT_EQ(b.seriesMaxX, 643);
@@ -45,18 +56,16 @@ TEST(PixelBuffers, PictureSixFortyOneByFourEightyOne) {
 }
 
 TEST(PixelBuffers, BottomRowFirstAndPaddingZero) {
-    const Picture pic(5, 3);
     PixelBuffers b;
     b.sizeSeries(5, 3, 1);
-    readPictureIntoFrame(pic.view(), b.seriesImage(1), b.seriesMaxX + 1, b.seriesMaxY + 1);
+    readInto(b, 1, Picture(5, 3).view());
     // Buffer row 0 is the picture's bottom row (row 2 from the top).
-    EXPECT_EQ(b.greenAt(0, 0, 1), 2);
-    EXPECT_EQ(b.greenAt(4, 2, 1), 0);
-    EXPECT_EQ(b.blueAt(4, 2, 1), 4);
-    EXPECT_EQ(b.redAt(3, 1, 1), 7);
+    EXPECT_EQ(bgrAt(b, 0, 0, 1), (Bgr{0, 2, 7}));
+    EXPECT_EQ(bgrAt(b, 4, 2, 1), (Bgr{4, 0, 7}));
+    EXPECT_EQ(bgrAt(b, 3, 1, 1), (Bgr{3, 1, 7}));
     // Padding columns and rows within the bound read as zero.
-    EXPECT_EQ(b.redAt(5, 0, 1), 0);
-    EXPECT_EQ(b.redAt(7, 3, 1), 0);
+    EXPECT_EQ(bgrAt(b, 5, 0, 1), (Bgr{0, 0, 0}));
+    EXPECT_EQ(bgrAt(b, 7, 3, 1), (Bgr{0, 0, 0}));
 }
 
 TEST(PixelBuffers, ReadersOutsideTheBoundsGiveZero) {
@@ -64,7 +73,7 @@ TEST(PixelBuffers, ReadersOutsideTheBoundsGiveZero) {
     PixelBuffers b;
     b.sizeSeries(4, 4, 1);
     b.sizeMontage(4, 4);
-    readPictureIntoFrame(pic.view(), b.seriesImage(1), 4, 4);
+    readInto(b, 1, pic.view());
     readPictureIntoFrame(pic.view(), b.montageSlot(100), 4, 4);
     EXPECT_EQ(b.redAt(3, 3, 1), 7);
     EXPECT_EQ(b.redAt(b.seriesMaxX + 1, 0, 1), 0);
@@ -89,17 +98,13 @@ TEST(PixelBuffers, ReadAndWriteBackIsUnchanged) {
 }
 
 TEST(PixelBuffers, OtherSizeIsCutToTheFrameFromTheBottomLeft) {
-    const Picture big(10, 10);
     PixelBuffers b;
     b.sizeSeries(4, 4, 1);
-    readPictureIntoFrame(big.view(), b.seriesImage(1), 4, 4);
+    readInto(b, 1, Picture(10, 10).view());
     EXPECT_EQ(b.greenAt(0, 0, 1), 9);  // bottom row of the bigger picture
-    EXPECT_EQ(b.blueAt(3, 3, 1), 3);
-    EXPECT_EQ(b.greenAt(3, 3, 1), 6);
-
-    const Picture small(2, 2);
+    EXPECT_EQ(bgrAt(b, 3, 3, 1), (Bgr{3, 6, 7}));
     b.sizeSeries(4, 4, 1);
-    readPictureIntoFrame(small.view(), b.seriesImage(1), 4, 4);
+    readInto(b, 1, Picture(2, 2).view());
     EXPECT_EQ(b.redAt(1, 1, 1), 7);
     EXPECT_EQ(b.redAt(2, 0, 1), 0);
     EXPECT_EQ(b.redAt(0, 2, 1), 0);
@@ -110,13 +115,10 @@ TEST(PixelBuffers, ThirtyTwoBitAndRgbPicturesArriveInBlueGreenRedOrder) {
     const uint8_t rgb[] = {3, 2, 1};
     PixelBuffers b;
     b.sizeSeries(1, 1, 2);
-    readPictureIntoFrame({1, 1, bgrx, 4, PixelFormat::bgrx32}, b.seriesImage(1), 4, 4);
-    readPictureIntoFrame({1, 1, rgb, 3, PixelFormat::rgb24}, b.seriesImage(2), 4, 4);
-    for (int k = 1; k <= 2; ++k) {
-        EXPECT_EQ(b.blueAt(0, 0, k), 1);
-        EXPECT_EQ(b.greenAt(0, 0, k), 2);
-        EXPECT_EQ(b.redAt(0, 0, k), 3);
-    }
+    readInto(b, 1, {1, 1, bgrx, 4, PixelFormat::bgrx32});
+    readInto(b, 2, {1, 1, rgb, 3, PixelFormat::rgb24});
+    EXPECT_EQ(bgrAt(b, 0, 0, 1), (Bgr{1, 2, 3}));
+    EXPECT_EQ(bgrAt(b, 0, 0, 2), (Bgr{1, 2, 3}));
 }
 
 TEST(PixelBuffers, AdoptedFramesBecomeTheSeriesWhateverTheirSize) {
@@ -161,16 +163,13 @@ TEST(PixelBuffers, RowsOfThirtyTwoBitPixelsOfAnyWidth) {
         }
         PixelBuffers b;
         b.sizeSeries(width, 2, 1);
-        readPictureIntoFrame({width, 2, bgrx.data(), width * 4, PixelFormat::bgrx32},
-                             b.seriesImage(1), b.seriesMaxX + 1, b.seriesMaxY + 1);
+        readInto(b, 1, {width, 2, bgrx.data(), width * 4, PixelFormat::bgrx32});
         for (int x = 0; x <= b.seriesMaxX; ++x) {
             for (int row = 0; row < 2; ++row) {
                 const size_t p = static_cast<size_t>(row * width + x) * 4;
-                const bool inside = x < width;
+                const Bgr expected = x < width ? Bgr{bgrx[p], bgrx[p + 1], bgrx[p + 2]} : Bgr{};
                 // Row 0 from the top is buffer row 1.
-                EXPECT_EQ(b.blueAt(x, 1 - row, 1), inside ? bgrx[p] : 0) << width << " " << x;
-                EXPECT_EQ(b.greenAt(x, 1 - row, 1), inside ? bgrx[p + 1] : 0) << width;
-                EXPECT_EQ(b.redAt(x, 1 - row, 1), inside ? bgrx[p + 2] : 0) << width;
+                EXPECT_EQ(bgrAt(b, x, 1 - row, 1), expected) << width << " " << x;
             }
         }
     }
@@ -182,12 +181,6 @@ TEST(DimensionMessage, ExactText) {
               "must be the same size.");
 }
 
-}  // namespace
-}  // namespace lumiquilt
-
-namespace lumiquilt {
-namespace {
-
 // A series the machine can't hold is refused before anything is taken, though the
 // system would map that much on paper and end the process once it is touched.
 TEST(SampleBuffer, BlockBeyondTheMachinesMemoryIsOutOfMemory) {
@@ -195,22 +188,12 @@ TEST(SampleBuffer, BlockBeyondTheMachinesMemoryIsOutOfMemory) {
     SampleBuffer buffer;
     buffer.allocateZeroed(4096);
     for (std::size_t bytes : {limit + 1, limit / 3 * 4, std::size_t{1} << 46}) {
-        try {
-            buffer.allocateZeroed(bytes);
-            ADD_FAILURE() << bytes << " bytes were granted";
-        } catch (const RuntimeError& error) {
-            EXPECT_EQ(error.number(), kOutOfMemory);
-        }
+        EXPECT_EQ(errorOf([&] { buffer.allocateZeroed(bytes); }), kOutOfMemory) << bytes;
         EXPECT_EQ(buffer.data(), nullptr);
     }
     // The series of thirty pictures of 32767 x 32767 that a lying header could ask for.
     PixelBuffers buffers;
-    try {
-        buffers.sizeSeries(32767, 32767, 30);
-        ADD_FAILURE() << "96 GB of series were granted";
-    } catch (const RuntimeError& error) {
-        EXPECT_EQ(error.number(), kOutOfMemory);
-    }
+    EXPECT_EQ(errorOf([&] { buffers.sizeSeries(32767, 32767, 30); }), kOutOfMemory);
 }
 
 // The budget counts every buffer alive, small or mapped, and gets back what a buffer
@@ -232,12 +215,7 @@ TEST(SampleBuffer, BudgetCountsEveryBufferTogether) {
     EXPECT_FALSE(SampleBuffer::wouldFit(101));
 
     SampleBuffer c;
-    try {
-        c.allocateZeroed(101);
-        ADD_FAILURE() << "granted past the budget";
-    } catch (const RuntimeError& error) {
-        EXPECT_EQ(error.number(), kOutOfMemory);
-    }
+    EXPECT_EQ(errorOf([&] { c.allocateZeroed(101); }), kOutOfMemory);
     EXPECT_EQ(SampleBuffer::held(), base + 2 * big);
     c.allocateZeroed(100);
 

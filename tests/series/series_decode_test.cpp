@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <functional>
 #include <thread>
+#include <tuple>
 
 #include "core/program_state.h"
 #include "core/runtime_error.h"
@@ -24,11 +25,7 @@ using testing::TestFolder;
 // What the loading loop and the buffers end with.
 struct SeriesResult {
     SeriesEnd end = SeriesEnd::gap;
-    int count = 0;
-    int errorNumber = 0;
-    int maxX = 0;
-    int maxY = 0;
-    int maxImage = 0;
+    int count = 0, errorNumber = 0, maxX = 0, maxY = 0, maxImage = 0;
     std::vector<uint8_t> samples;
     bool tookFrames = false;
 };
@@ -72,20 +69,10 @@ SeriesResult loadedOneByOne(const std::string& first) {
 
 // Read ahead; `meanwhile` changes the files once the reading has begun.
 using ReadInto = SeriesReader::ReadInto;
-constexpr ReadInto kEveryWay[] = {ReadInto::frames, ReadInto::framesAndPictures,
-                                  ReadInto::pictures};
-
-std::string nameOf(ReadInto into) {
-    switch (into) {
-        case ReadInto::frames:
-            return " into frames";
-        case ReadInto::framesAndPictures:
-            return " into frames and pictures";
-        case ReadInto::pictures:
-            return " into pictures";
-    }
-    return "";
-}
+const std::pair<ReadInto, std::string> kEveryWay[] = {
+    {ReadInto::frames, " into frames"},
+    {ReadInto::framesAndPictures, " into frames and pictures"},
+    {ReadInto::pictures, " into pictures"}};
 
 SeriesResult readAhead(const std::string& first, ReadInto into, int threads,
                        const std::function<void()>& meanwhile) {
@@ -152,12 +139,10 @@ void makeMixedSeries(const TestFolder& dir, const std::string& extension) {
 }
 
 void expectSame(const SeriesResult& ahead, const SeriesResult& oneByOne, const std::string& what) {
-    EXPECT_EQ(ahead.end, oneByOne.end) << what;
-    EXPECT_EQ(ahead.count, oneByOne.count) << what;
-    EXPECT_EQ(ahead.errorNumber, oneByOne.errorNumber) << what;
-    EXPECT_EQ(ahead.maxX, oneByOne.maxX) << what;
-    EXPECT_EQ(ahead.maxY, oneByOne.maxY) << what;
-    EXPECT_EQ(ahead.maxImage, oneByOne.maxImage) << what;
+    const auto sizes = [](const SeriesResult& r) {
+        return std::tie(r.end, r.count, r.errorNumber, r.maxX, r.maxY, r.maxImage);
+    };
+    EXPECT_EQ(sizes(ahead), sizes(oneByOne)) << what;
     EXPECT_TRUE(ahead.samples == oneByOne.samples) << what;
 }
 
@@ -169,10 +154,9 @@ TEST(SeriesReader, GivesTheBuffersOfLoadingOneByOne) {
         const SeriesResult oneByOne = loadedOneByOne(first);
         ASSERT_EQ(oneByOne.count, 4) << extension;
         ASSERT_EQ(oneByOne.maxX, 43) << extension;
-        for (const ReadInto into : kEveryWay) {
+        for (const auto& [into, way] : kEveryWay) {
             for (const int threads : {1, 2}) {
-                const std::string what =
-                    extension + nameOf(into) + " threads " + std::to_string(threads);
+                const std::string what = extension + way + " threads " + std::to_string(threads);
                 const SeriesResult ahead = readAhead(first, into, threads, nullptr);
                 expectSame(ahead, oneByOne, what);
                 // The frames are taken over whole: no picture is read twice.
@@ -184,7 +168,7 @@ TEST(SeriesReader, GivesTheBuffersOfLoadingOneByOne) {
 
 TEST(SeriesReader, FilesThatChangeDuringTheRunAreReadAsTheyAreThen) {
     struct Row {
-        const char* name;
+        std::string name;
         std::function<void(const TestFolder&)> change;
     };
     const Row rows[] = {
@@ -210,12 +194,12 @@ TEST(SeriesReader, FilesThatChangeDuringTheRunAreReadAsTheyAreThen) {
          [](const TestFolder& d) { testing::writeBytes(d.path("m2.jpg"), "no picture"); }},
     };
     for (const Row& row : rows) {
-        for (const ReadInto into : kEveryWay) {
+        for (const auto& [into, way] : kEveryWay) {
             TestFolder dir;
             makeMixedSeries(dir, ".jpg");
             const std::string first = dir.path("m1.jpg");
             const SeriesResult ahead = readAhead(first, into, 2, [&] { row.change(dir); });
-            expectSame(ahead, loadedOneByOne(first), std::string(row.name) + nameOf(into));
+            expectSame(ahead, loadedOneByOne(first), row.name + way);
         }
     }
 }
@@ -232,9 +216,9 @@ TEST(SeriesReader, BrokenMembersEndTheLoopAsLoadingWould) {
         }
         const SeriesResult oneByOne = loadedOneByOne(dir.path("m1.png"));
         EXPECT_EQ(oneByOne.end, SeriesEnd::invalidPicture);
-        for (const ReadInto into : kEveryWay) {
+        for (const auto& [into, way] : kEveryWay) {
             expectSame(readAhead(dir.path("m1.png"), into, 2, nullptr), oneByOne,
-                       "cut " + std::to_string(cut) + nameOf(into));
+                       "cut " + std::to_string(cut) + way);
         }
     }
     // No first picture at all.

@@ -1,19 +1,14 @@
 #include "shell/shell_integration.h"
 
 #include <gtest/gtest.h>
-#include <QDeadlineTimer>
-#include <QFile>
-#include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
-#include <QThread>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "persistence/form_preferences.h"
 #include "shell/desktop_ties.h"
+#include "support/series_wait_for_file.h"
 #include "support/ui_fixture.h"
 
 namespace lumiquilt {
@@ -21,34 +16,20 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string readText(const std::string& name) {
-    std::ifstream in(name, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
+using testing::readBytes;
 
-// Runs desktop-file-validate on an entry; empty when it is content.
-std::string validateEntry(const std::string& file) {
+// Checks an entry with desktop-file-validate; skips the test when that is missing, so
+// it comes last.
+void expectValidEntry(const std::string& file) {
+    const QString validator = QStandardPaths::findExecutable("desktop-file-validate");
+    if (validator.isEmpty()) {
+        GTEST_SKIP() << "desktop-file-validate is not installed";
+    }
     QProcess run;
     run.setProcessChannelMode(QProcess::MergedChannels);
-    run.start(QStandardPaths::findExecutable("desktop-file-validate"),
-              {QString::fromStdString(file)});
+    run.start(validator, {QString::fromStdString(file)});
     run.waitForFinished();
-    return run.exitCode() == 0 ? std::string() : run.readAll().toStdString() + "(failed)";
-}
-
-// Waits for a file that a started program writes.
-bool waitForFile(const std::string& name) {
-    QDeadlineTimer deadline(10000);
-    while (!deadline.hasExpired()) {
-        if (fs::exists(name) && !readText(name).empty()) {
-            QThread::msleep(50);
-            return true;
-        }
-        QThread::msleep(20);
-    }
-    return false;
+    EXPECT_EQ(run.exitCode(), 0) << run.readAll().toStdString();
 }
 
 class ShellTest : public testing::UiTest {
@@ -80,7 +61,7 @@ TEST_F(ShellTest, ShortcutOnTheDesktop) {
     ASSERT_TRUE(makeDesktopShortcut(places));
     const std::string file = places.desktopFolder + "/Lumiquilt.desktop";
     ASSERT_TRUE(fs::exists(file));
-    const std::string text = readText(file);
+    const std::string text = readBytes(file);
     EXPECT_NE(text.find("Comment=This is my Lumiquilt shortcut!\n"), std::string::npos);
     EXPECT_NE(text.find("Exec=\"" + places.appPath + "lumiquilt\"\n"), std::string::npos) << text;
     EXPECT_NE(text.find("Path=" + places.appPath + "\n"), std::string::npos);
@@ -89,90 +70,59 @@ TEST_F(ShellTest, ShortcutOnTheDesktop) {
     // An old shortcut of that name is simply replaced.
     testing::writeBytes(file, "old");
     ASSERT_TRUE(makeDesktopShortcut(places));
-    EXPECT_EQ(readText(file), text);
-
-    if (QStandardPaths::findExecutable("desktop-file-validate").isEmpty()) {
-        GTEST_SKIP() << "desktop-file-validate is not installed";
-    }
-    EXPECT_EQ(validateEntry(file), "");
+    EXPECT_EQ(readBytes(file), text);
+    expectValidEntry(file);
 }
 
-TEST_F(ShellTest, ShortcutWithNowhereToGoFailsQuietly) {
+TEST_F(ShellTest, ShortcutAndVerbWithNowhereToGoFailQuietly) {
     testing::writeBytes(dir.path("afile"), "x");
     places.desktopFolder = dir.path("afile") + "/Desktop";
+    places.applicationsFolder = dir.path("afile") + "/applications";
     EXPECT_FALSE(makeDesktopShortcut(places));
+    addContextVerb(places);
+    EXPECT_FALSE(verbPresent());
     EXPECT_TRUE(ui.messages.empty());
 }
 
 // Removing the verb, by what stood before: only a command and its key that both go
 // make the message of success.
-struct RemoveRow {
-    const char* name;
-    enum Before { none, whole, keyOnly, keyWithMore } before;
-    bool removed;
-};
-
-class RemoveVerbTest : public ShellTest, public ::testing::WithParamInterface<RemoveRow> {};
-
-TEST_P(RemoveVerbTest, TellsWhetherItWent) {
-    const RemoveRow& row = GetParam();
+TEST_F(ShellTest, RemovingTheVerbTellsWhetherItWent) {
+    enum Before { none, whole, keyOnly, keyWithMore };
     const std::string command = desktop_ties::verbCommandFile(places);
     const fs::path key = fs::path(command).parent_path();
-    if (row.before != RemoveRow::none) {
-        fs::create_directories(key);
-    }
-    if (row.before == RemoveRow::whole || row.before == RemoveRow::keyWithMore) {
-        testing::writeBytes(command, "[Desktop Entry]\n");
-    }
-    if (row.before == RemoveRow::keyWithMore) {
-        testing::writeBytes((key / "other.desktop").string(), "x");
-    }
-    removeContextVerb(places, ui);
+    for (const Before before : {whole, none, keyOnly, keyWithMore}) {
+        fs::remove_all(key);
+        if (before != none) {
+            fs::create_directories(key);
+        }
+        if (before == whole || before == keyWithMore) {
+            testing::writeBytes(command, "[Desktop Entry]\n");
+        }
+        if (before == keyWithMore) {
+            testing::writeBytes((key / "other.desktop").string(), "x");
+        }
+        ui.messages.clear();
+        removeContextVerb(places, ui);
 
-    EXPECT_FALSE(verbPresent());
-    // With its command already gone the key is not tried, and stays.
-    EXPECT_EQ(verbKeyPresent(),
-              row.before == RemoveRow::keyOnly || row.before == RemoveRow::keyWithMore);
-    ASSERT_EQ(ui.messages.size(), 1u);
-    const MessageRecord& m = ui.messages[0];
-    EXPECT_EQ(m.icon, MessageIcon::information);
-    if (row.removed) {
-        EXPECT_EQ(m.text,
-                  "The 'Lumiquilt' item has been removed from the Windows Explorer Right Mouse "
-                  "Click context menu");
-        EXPECT_EQ(m.title, "To restore it, you need to run setup again");
-    } else {
-        EXPECT_EQ(m.text,
-                  "I have struck problems with removing the 'Lumiquilt' item from the Windows "
-                  "Explorer Right Mouse Click context menu");
-        EXPECT_EQ(m.title, "Maybe it has already been removed????");
+        EXPECT_FALSE(verbPresent()) << before;
+        // With its command already gone the key is not tried, and stays.
+        EXPECT_EQ(verbKeyPresent(), before == keyOnly || before == keyWithMore) << before;
+        ASSERT_EQ(ui.messages.size(), 1u) << before;
+        const MessageRecord& m = ui.messages[0];
+        EXPECT_EQ(m.icon, MessageIcon::information) << before;
+        if (before == whole) {
+            EXPECT_EQ(m.text,
+                      "The 'Lumiquilt' item has been removed from the Windows Explorer Right Mouse "
+                      "Click context menu");
+            EXPECT_EQ(m.title, "To restore it, you need to run setup again");
+        } else {
+            EXPECT_EQ(m.text,
+                      "I have struck problems with removing the 'Lumiquilt' item from the Windows "
+                      "Explorer Right Mouse Click context menu")
+                << before;
+            EXPECT_EQ(m.title, "Maybe it has already been removed????") << before;
+        }
     }
-}
-
-INSTANTIATE_TEST_SUITE_P(Verb, RemoveVerbTest,
-                         ::testing::Values(RemoveRow{"Whole", RemoveRow::whole, true},
-                                           RemoveRow{"AlreadyGone", RemoveRow::none, false},
-                                           RemoveRow{"OnlyTheKeyLeft", RemoveRow::keyOnly, false},
-                                           RemoveRow{"KeyHoldsMore", RemoveRow::keyWithMore,
-                                                     false}),
-                         [](const auto& info) { return std::string(info.param.name); });
-
-TEST_F(ShellTest, AddingWritesTheEntryAnewAndSilently) {
-    addContextVerb(places);
-    ASSERT_TRUE(verbPresent());
-    const std::string written = readText(desktop_ties::verbCommandFile(places));
-    testing::writeBytes(desktop_ties::verbCommandFile(places), "old");
-    addContextVerb(places);
-    EXPECT_EQ(readText(desktop_ties::verbCommandFile(places)), written);
-    EXPECT_TRUE(ui.messages.empty());
-}
-
-TEST_F(ShellTest, VerbThatCannotBeMadeIsSilent) {
-    testing::writeBytes(dir.path("afile"), "x");
-    places.applicationsFolder = dir.path("afile") + "/applications";
-    addContextVerb(places);
-    EXPECT_FALSE(verbPresent());
-    EXPECT_TRUE(ui.messages.empty());
 }
 
 // The Preferences dialog with the real desktop ties: each OK in turn.
@@ -216,17 +166,19 @@ TEST_F(ShellTest, PreferencesOkAddsAndRemovesOnlyOnAChange) {
     EXPECT_EQ(ui.messages.size(), 2u);
 }
 
-TEST_F(ShellTest, VerbEntryOffersThePicturesTheProgramReads) {
+TEST_F(ShellTest, VerbEntryOffersThePicturesAndIsWrittenAnewSilently) {
+    const std::string file = desktop_ties::verbCommandFile(places);
     addContextVerb(places);
-    const std::string text = readText(desktop_ties::verbCommandFile(places));
+    const std::string text = readBytes(file);
     EXPECT_NE(text.find("Name=Lumiquilt\n"), std::string::npos);
     EXPECT_NE(text.find("MimeType=image/bmp;image/jpeg;image/gif;\n"), std::string::npos);
     EXPECT_NE(text.find("Exec=\"" + places.appPath + "lumiquilt\" %f\n"), std::string::npos)
         << text;
-    if (QStandardPaths::findExecutable("desktop-file-validate").isEmpty()) {
-        GTEST_SKIP() << "desktop-file-validate is not installed";
-    }
-    EXPECT_EQ(validateEntry(desktop_ties::verbCommandFile(places)), "");
+    testing::writeBytes(file, "old");
+    addContextVerb(places);
+    EXPECT_EQ(readBytes(file), text);
+    EXPECT_TRUE(ui.messages.empty());
+    expectValidEntry(file);
 }
 
 TEST_F(ShellTest, FolderWithBlanksAndShellCharactersStillStartsTheProgram) {
@@ -244,14 +196,11 @@ TEST_F(ShellTest, FolderWithBlanksAndShellCharactersStillStartsTheProgram) {
     testing::writeBytes(picture, "x");
 
     addContextVerb(places);
-    if (!QStandardPaths::findExecutable("desktop-file-validate").isEmpty()) {
-        EXPECT_EQ(validateEntry(desktop_ties::verbCommandFile(places)), "");
-    }
     QProcess::execute("gio",
                       {"launch", QString::fromStdString(desktop_ties::verbCommandFile(places)),
                        QString::fromStdString(picture)});
-    ASSERT_TRUE(waitForFile(out));
-    const std::string recorded = readText(out);
+    ASSERT_TRUE(testing::waitForFile(out));
+    const std::string recorded = readBytes(out);
     EXPECT_NE(recorded.find("\n" + picture + "\n"), std::string::npos) << recorded;
 
     // The shortcut starts the program in its own folder.
@@ -259,23 +208,21 @@ TEST_F(ShellTest, FolderWithBlanksAndShellCharactersStillStartsTheProgram) {
     ASSERT_TRUE(makeDesktopShortcut(places));
     QProcess::execute(
         "gio", {"launch", QString::fromStdString(places.desktopFolder + "/Lumiquilt.desktop")});
-    ASSERT_TRUE(waitForFile(out));
+    ASSERT_TRUE(testing::waitForFile(out));
     std::string folder = places.appPath;
     folder.pop_back();
-    EXPECT_EQ(readText(out), folder + "\n\n");
+    EXPECT_EQ(readBytes(out), folder + "\n\n");
+    expectValidEntry(desktop_ties::verbCommandFile(places));
 }
 
 TEST_F(ShellTest, PercentInTheFolderIsDoubled) {
     places.appPath = dir.path("100% sure") + "/";
     addContextVerb(places);
-    const std::string text = readText(desktop_ties::verbCommandFile(places));
+    const std::string text = readBytes(desktop_ties::verbCommandFile(places));
     EXPECT_NE(text.find("Exec=\"" + dir.path("100%% sure") + "/lumiquilt\" %f\n"),
               std::string::npos)
         << text;
-    if (QStandardPaths::findExecutable("desktop-file-validate").isEmpty()) {
-        GTEST_SKIP() << "desktop-file-validate is not installed";
-    }
-    EXPECT_EQ(validateEntry(desktop_ties::verbCommandFile(places)), "");
+    expectValidEntry(desktop_ties::verbCommandFile(places));
 }
 
 TEST_F(ShellTest, PlacesFollowTheUsersFolders) {
@@ -304,13 +251,13 @@ TEST_F(ShellTest, StartRefreshesTheShortcutOnlyWhileTheKeyIsOne) {
     testing::writeBytes(dir.path("Lumiquilt.ini"), "[preferences]\nshortcut=1\n");
     start();
     ASSERT_TRUE(fs::exists(file));
-    EXPECT_NE(readText(file).find("[Desktop Entry]"), std::string::npos);
+    EXPECT_NE(readBytes(file).find("[Desktop Entry]"), std::string::npos);
 
     // Cleared: the next start makes none, and the old one stays as it was.
     testing::writeBytes(file, "kept");
     testing::writeBytes(dir.path("Lumiquilt.ini"), "[preferences]\nshortcut=0\n");
     start();
-    EXPECT_EQ(readText(file), "kept");
+    EXPECT_EQ(readBytes(file), "kept");
     EXPECT_TRUE(ui.messages.empty());
 }
 
