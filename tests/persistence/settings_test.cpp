@@ -18,12 +18,6 @@ class SettingsTest : public testing::ScratchFolderTest {
     std::string m_path;
 };
 
-TEST_F(SettingsTest, MissingKeysReadAsZero) {
-    Settings settings(m_path);
-    EXPECT_EQ(settings.readKey("Increment"), "0");
-    EXPECT_EQ(settings.readNumber("Montage method"), 0);
-}
-
 TEST_F(SettingsTest, RecentListMovesItemsUpWithoutDoubling) {
     Settings settings(m_path);
     RecentFiles recent;
