@@ -33,9 +33,9 @@ class ProjectCommandsTest : public UiTest {
     }
     ProjectCommands& projects() { return ProjectCommands::of(form()); }
 
-    // A montage of s1..s<count> by method 2 at increment 10, images 2 and 3 left out.
-    void makeMontage(int count = 5) {
-        makeSeries("s", count);
+    // A montage of s1..s5 by method 2 at increment 10, images 2 and 3 left out.
+    void makeMontage() {
+        makeSeries("s", 5);
         setFileName(dir.path("s1.png"));
         setIncrement("10");
         form().m.mnusimpleCol[2]->trigger();
@@ -103,11 +103,11 @@ class ProjectCommandsTest : public UiTest {
         expectMessage("There is a problem in reading that file.   The error message is '" +
                       description + "'.   Try another project file.");
     }
-    void expectWriteMessage(const std::string& description) {
-        expectMessage("There is a problem in writing to that file.   The error message is '" +
-                      description +
-                      "'.   Try another name and make sure the file and disk are not write "
-                      "protected or full.");
+    static std::string writeMessage(const std::string& description) {
+        return "There is a problem in writing to that file.   The error message is '" +
+               description +
+               "'.   Try another name and make sure the file and disk are not write protected or "
+               "full.";
     }
     // A project saved before, in folder.
     void putOldPair(const std::string& folder) {
@@ -327,38 +327,22 @@ TEST_F(ProjectCommandsTest, MethodOutsideTheMenuIsTheReadMessageWithTheMethodsUn
     EXPECT_EQ(form().recentFiles().at(0), "project " + dir.path("job"));
 }
 
-// Full disk: where the save fails, the message it gives, and the old pair unchanged.
-struct FullDiskRow {
-    const char* name;
-    long limit;
-    int expected;  // 1 the write message, 2 the general message of the picture
-};
-
-class ProjectSaveFullDisk : public ProjectCommandsTest,
-                            public ::testing::WithParamInterface<FullDiskRow> {};
-
-TEST_P(ProjectSaveFullDisk, LeavesTheOldPairByteForByte) {
+// A disk that fills up at the project file, then at the picture: the message of that
+// stage, and the old pair unchanged.
+TEST_F(ProjectCommandsTest, FullDiskIsTheMessageOfItsStageAndLeavesTheOldPairByteForByte) {
     makeMontage();
     putOldPair(dir.root());
-    const int outcome = testing::withFullDisk(GetParam().limit, [this] {
-        saveAs(dir.path("job.mon"));
-        const std::string text = ui.messages.size() == 1 ? lastMessage().text : "";
-        if (text.find("problem in writing to that file.   The error message is 'Disk full'") !=
-            std::string::npos) {
-            return 1;
-        }
-        return text == "error 61 (Disk full) at line 33000 of mnuSave" ? 2 : 8;
-    });
-    EXPECT_EQ(outcome, GetParam().expected);
-    expectOldPair(dir.root());
+    const std::pair<long, std::string> rows[] = {
+        {200, writeMessage("Disk full")}, {2000, "error 61 (Disk full) at line 33000 of mnuSave"}};
+    for (const auto& [limit, text] : rows) {
+        const int seen = testing::withFullDisk(limit, [&] {
+            saveAs(dir.path("job.mon"));  // in a child process: this test's ui stays as it is
+            return ui.messages.size() == 1 && lastMessage().text == text ? 1 : 0;
+        });
+        EXPECT_EQ(seen, 1) << text;
+        expectOldPair(dir.root());
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Save, ProjectSaveFullDisk,
-                         ::testing::Values(FullDiskRow{"ProjectFile", 200, 1},
-                                           FullDiskRow{"Picture", 2000, 2}),
-                         [](const ::testing::TestParamInfo<FullDiskRow>& info) {
-                             return info.param.name;
-                         });
 
 TEST_F(ProjectCommandsTest, ReadOnlyFolderOrFileIsTheWriteMessageAndLeavesTheOldPair) {
     makeMontage();
@@ -368,7 +352,7 @@ TEST_F(ProjectCommandsTest, ReadOnlyFolderOrFileIsTheWriteMessageAndLeavesTheOld
 
     fs::permissions(folder + "/job.qvz", fs::perms::owner_read, fs::perm_options::replace);
     saveAs(folder + "/job.mon");
-    expectWriteMessage("Permission denied");
+    expectMessage(writeMessage("Permission denied"));
     fs::permissions(folder + "/job.qvz", fs::perms::owner_read | fs::perms::owner_write,
                     fs::perm_options::replace);
     expectOldPair(folder);
@@ -380,7 +364,7 @@ TEST_F(ProjectCommandsTest, ReadOnlyFolderOrFileIsTheWriteMessageAndLeavesTheOld
     if (!lock.locked()) {
         GTEST_SKIP() << "this user may write into any folder";
     }
-    expectWriteMessage("Permission denied");
+    expectMessage(writeMessage("Permission denied"));
     expectOldPair(folder);
 }
 
