@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
 #include <vector>
 
 #include "core/runtime_error.h"
@@ -87,13 +88,10 @@ TEST_F(PreferencesTest, KeysTakeTheirScalesAndAValueBeyondItsWidthReadsAsZero) {
         s.edgeFactor = 5;  // each read replaces what was in memory
         s.rightMouseEnabled = 1;
         readSettingsBeforeWindows(s, settings);
-        EXPECT_EQ(s.autoSmooth, row.autoSmooth);
-        EXPECT_EQ(s.edgeFactor, row.edge);
-        EXPECT_EQ(s.focusFactor, row.focus);
-        EXPECT_EQ(s.diffFactor, row.diff);
-        EXPECT_EQ(s.edgefactor2, row.edge2);
-        EXPECT_EQ(s.shortcutEnabled, row.shortcut);
-        EXPECT_EQ(s.rightMouseEnabled, row.rightMouse);
+        EXPECT_EQ(std::tuple(s.autoSmooth, s.edgeFactor, s.focusFactor, s.diffFactor, s.edgefactor2,
+                             s.shortcutEnabled, s.rightMouseEnabled),
+                  std::tuple(row.autoSmooth, row.edge, row.focus, row.diff, row.edge2, row.shortcut,
+                             row.rightMouse));
         const SettingsAfterWindows late = readSettingsAfterWindows(settings);
         EXPECT_EQ(late.methodIndex, row.method);
         EXPECT_EQ(late.targetColor, row.color);
