@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <tuple>
 
 #include "support/ui_fixture.h"
 
@@ -11,9 +12,14 @@ namespace {
 
 using testing::UiTest;
 
-using StartupTest = UiTest;
+class StartupTest : public UiTest {
+  protected:
+    void putSettings(const std::string& content) {
+        testing::writeBytes(dir.path("Lumiquilt.ini"), "[preferences]\n" + content);
+    }
+};
 
-TEST_F(StartupTest, NoCommandLineAndNoSettingsFile) {
+TEST_F(StartupTest, BareStartTakesTheDefaultsWritesNothingAndClosingEndsTheProgram) {
     start();
     EXPECT_EQ(form().textFileName->text().toStdString(), kDesignFileName);
     EXPECT_EQ(form().TextIncrement->text(), "0");
@@ -26,6 +32,8 @@ TEST_F(StartupTest, NoCommandLineAndNoSettingsFile) {
     EXPECT_EQ(state.firstLoadAfterStart, kFalse);
     EXPECT_EQ(state.loadOnActivate, kFalse);
     EXPECT_FALSE(std::filesystem::exists(dir.path("Lumiquilt.ini")));
+    form().close();
+    EXPECT_TRUE(ended);
 }
 
 TEST_F(StartupTest, FileAndIncrementFromTheCommandLine) {
@@ -48,31 +56,29 @@ TEST_F(StartupTest, FileAndIncrementFromTheCommandLine) {
 }
 
 TEST_F(StartupTest, IncrementSwitchAloneLeavesTheFileToTheSettings) {
-    testing::writeBytes(dir.path("Lumiquilt.ini"),
-                        "[preferences]\nfilename=  /some/where/x1.bmp  \nIncrement=35\n");
+    putSettings("filename=  /some/where/x1.bmp  \nIncrement=35\n");
     start({"-i30"});
     EXPECT_EQ(form().textFileName->text(), "/some/where/x1.bmp");
     EXPECT_EQ(form().TextIncrement->text(), "30");
 }
 
+// A quoted name with a switch behind it keeps its quotes, and so is not found either.
 TEST_F(StartupTest, MissingCommandLineFileIsReportedAndItsSwitchesLost) {
-    testing::writeBytes(dir.path("Lumiquilt.ini"), "[preferences]\nIncrement= 25 \n");
-    start({"/no/such/scene1.jpg", "-i20"});
-    ASSERT_EQ(ui.messages.size(), 1u);
-    EXPECT_EQ(lastMessage().text,
-              "I am sorry, but I cannot find the file that is on the Shortcut or Command Line "
-              "used to call this  'Lumiquilt'  program.");
-    EXPECT_EQ(lastMessage().title, "The command line was /no/such/scene1.jpg");
-    EXPECT_EQ(lastMessage().icon, MessageIcon::exclamation);
-    EXPECT_EQ(form().TextIncrement->text(), "25");
-    EXPECT_TRUE(state.commandLine.empty());
-}
-
-TEST_F(StartupTest, QuotedNameWithASwitchBehindKeepsItsQuotes) {
     testing::savePictureFile(testing::patternPicture(8, 8, 1), dir.path("a b1.jpg"));
-    start({"\"" + dir.path("a b1.jpg") + "\"", "-i5"});
-    ASSERT_EQ(ui.messages.size(), 1u);
-    EXPECT_EQ(lastMessage().title, "The command line was \"" + dir.path("a b1.jpg") + "\"");
+    for (const std::string& name :
+         {std::string("/no/such/scene1.jpg"), "\"" + dir.path("a b1.jpg") + "\""}) {
+        putSettings("Increment= 25 \n");
+        ui.messages.clear();
+        start({name, "-i20"});
+        ASSERT_EQ(ui.messages.size(), 1u) << name;
+        EXPECT_EQ(lastMessage().text,
+                  "I am sorry, but I cannot find the file that is on the Shortcut or Command Line "
+                  "used to call this  'Lumiquilt'  program.");
+        EXPECT_EQ(lastMessage().title, "The command line was " + name);
+        EXPECT_EQ(lastMessage().icon, MessageIcon::exclamation);
+        EXPECT_EQ(form().TextIncrement->text(), "25");
+        EXPECT_TRUE(state.commandLine.empty());
+    }
 }
 
 TEST_F(StartupTest, OtherFilesAreHandedToTheDesktop) {
@@ -88,21 +94,16 @@ TEST_F(StartupTest, OtherFilesAreHandedToTheDesktop) {
 }
 
 TEST_F(StartupTest, SettingsAreReadIntoTheirPlaces) {
-    testing::writeBytes(dir.path("Lumiquilt.ini"),
-                        "[preferences]\nMontage method=3\nautoSmooth=1\nedgeFactor=29\n"
-                        "focusFactor=10\ndiffFactor=100\nedgefactor2=4\nrightmouse=7\n"
-                        "Originating image=1\nrecent file 0=/a/one1.jpg\nrecent file 1=0\n"
-                        "recent file 2=/a/three1.jpg\nTarget color=255\n");
+    putSettings(
+        "Montage method=3\nautoSmooth=1\nedgeFactor=29\nfocusFactor=10\ndiffFactor=100\n"
+        "edgefactor2=4\nrightmouse=7\nOriginating image=1\nrecent file 0=/a/one1.jpg\n"
+        "recent file 1=0\nrecent file 2=/a/three1.jpg\nTarget color=255\n");
     start();
     EXPECT_TRUE(form().m.mnusimpleCol[3]->isChecked());
     EXPECT_FALSE(form().m.mnusimpleCol[0]->isChecked());
-    EXPECT_EQ(state.autoSmooth, 1);
-    EXPECT_FLOAT_EQ(state.edgeFactor, 0.29f);
-    EXPECT_FLOAT_EQ(state.focusFactor, 0.1f);
-    EXPECT_EQ(state.diffFactor, 100);
-    EXPECT_FLOAT_EQ(state.edgefactor2, 0.4f);
-    EXPECT_EQ(state.rightMouseEnabled, 1);
-    EXPECT_EQ(state.showUsedWindow, 1);
+    EXPECT_EQ(std::tuple(state.autoSmooth, state.edgeFactor, state.focusFactor, state.diffFactor,
+                         state.edgefactor2, state.rightMouseEnabled, state.showUsedWindow),
+              std::tuple(1, 0.29f, 0.1f, 100, 0.4f, 1, 1));
     EXPECT_EQ(form().m.mnuRecentFile[0]->text(), "/a/one1.jpg");
     EXPECT_FALSE(form().m.mnuRecentFile[1]->isVisible());
     EXPECT_EQ(form().m.mnuRecentFile[2]->text(), "/a/three1.jpg");
@@ -122,8 +123,7 @@ TEST_F(StartupTest, DamagedSettingsFileStartsOnDefaults) {
 }
 
 TEST_F(StartupTest, LoadImagesKeyRunsAnEarlySilentLoad) {
-    testing::writeBytes(dir.path("Lumiquilt.ini"),
-                        "[preferences]\nLoad images=1\nfilename=/no/such/place1.jpg\n");
+    putSettings("Load images=1\nfilename=/no/such/place1.jpg\n");
     start();
     EXPECT_TRUE(ui.messages.empty());
     EXPECT_EQ(state.firstLoadAfterStart, kFalse);
@@ -141,12 +141,6 @@ TEST_F(StartupTest, ResolutionSwitchScalesTheWindows) {
     EXPECT_DOUBLE_EQ(state.scaleY, 600.0 / 768 * state.twipsPerPixel / 15);
 }
 
-TEST_F(StartupTest, ClosingTheMainWindowEndsTheProgram) {
-    start();
-    form().close();
-    EXPECT_TRUE(ended);
-}
-
 TEST_F(StartupTest, TheHooksRunAtTheirSteps) {
     int splash = 0;
     int shortcut = 0;
@@ -155,7 +149,7 @@ TEST_F(StartupTest, TheHooksRunAtTheirSteps) {
     start();
     EXPECT_EQ(splash, 1);
     EXPECT_EQ(shortcut, 0);
-    testing::writeBytes(dir.path("Lumiquilt.ini"), "[preferences]\nshortcut=1\n");
+    putSettings("shortcut=1\n");
     start();
     EXPECT_EQ(shortcut, 1);
 }

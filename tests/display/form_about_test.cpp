@@ -12,40 +12,35 @@
 namespace lumiquilt {
 namespace {
 
-// A key store in memory that counts what was opened and closed.
+// A key store in memory, key by key a type and bytes by value name, that notes what
+// was closed.
 class FakeKeys : public SystemKeys {
   public:
-    struct Value {
-        uint32_t type;
-        std::string bytes;
-    };
-    std::map<std::string, std::map<std::string, Value>> keys;
-    int opened = 0;
+    std::map<std::string, std::map<std::string, std::pair<uint32_t, std::string>>> keys;
     std::vector<uint32_t> closed;
 
     bool openKey(uint32_t root, const std::string& keyName, uint32_t& handle) override {
         if (root != kHkeyLocalMachine || keys.count(keyName) == 0) {
             return false;
         }
-        handle = static_cast<uint32_t>(100 + ++opened);
-        m_open[handle] = keyName;
+        m_open.push_back(keyName);
+        handle = static_cast<uint32_t>(100 + m_open.size());
         return true;
     }
     bool queryValue(uint32_t handle, const std::string& valueName, uint32_t& type,
                     std::string& bytes) override {
-        auto& values = keys[m_open.at(handle)];
-        auto it = values.find(valueName);
+        const auto& values = keys[m_open.at(handle - 101)];
+        const auto it = values.find(valueName);
         if (it == values.end()) {
             return false;
         }
-        type = it->second.type;
-        bytes = it->second.bytes;
+        std::tie(type, bytes) = it->second;
         return true;
     }
     void closeKey(uint32_t handle) override { closed.push_back(handle); }
 
   private:
-    std::map<uint32_t, std::string> m_open;
+    std::vector<std::string> m_open;
 };
 
 constexpr const char* kInfo = "SOFTWARE\\Microsoft\\Shared Tools\\MSINFO";
@@ -55,24 +50,11 @@ std::string bytes(std::initializer_list<unsigned char> list) {
     return std::string(list.begin(), list.end());
 }
 
-TEST(GetKeyValueTest, MissingKeyOrValueGivesNothing) {
-    FakeKeys keys;
-    std::string value = "left over";
-    EXPECT_FALSE(GetKeyValue(keys, kHkeyLocalMachine, kInfo, "PATH", value));
-    EXPECT_EQ(value, "");
-
-    // The key is there but not the value: the handle it got is closed.
-    keys.keys[kInfo]["Other"] = {kRegSz, std::string("x\0", 2)};
-    value = "left over";
-    EXPECT_FALSE(GetKeyValue(keys, kHkeyLocalMachine, kInfo, "PATH", value));
-    EXPECT_EQ(value, "");
-    EXPECT_EQ(keys.opened, 1);
-    ASSERT_FALSE(keys.closed.empty());
-    EXPECT_EQ(keys.closed.back(), 101u);
-}
-
+// One row: the value stored under a name (no key at all when the name is null), what
+// the caller's string held, and what the read gives.
 struct ValueRow {
     const char* name;
+    const char* valueName;
     uint32_t type;
     std::string stored;
     std::string before;
@@ -82,76 +64,76 @@ struct ValueRow {
 
 class GetKeyValueRows : public ::testing::TestWithParam<ValueRow> {};
 
-TEST_P(GetKeyValueRows, ReadsTheValue) {
+TEST_P(GetKeyValueRows, ReadsTheValueAndClosesTheKeyItGot) {
+    const ValueRow& row = GetParam();
     FakeKeys keys;
-    keys.keys[kInfo]["PATH"] = {GetParam().type, GetParam().stored};
-    std::string value = GetParam().before;
-    EXPECT_EQ(GetKeyValue(keys, kHkeyLocalMachine, kInfo, "PATH", value), GetParam().ok);
-    EXPECT_EQ(value, GetParam().expected);
-    EXPECT_EQ(keys.closed.size(), 1u);
+    if (row.valueName) {
+        keys.keys[kInfo][row.valueName] = {row.type, row.stored};
+    }
+    std::string value = row.before;
+    EXPECT_EQ(GetKeyValue(keys, kHkeyLocalMachine, kInfo, "PATH", value), row.ok);
+    EXPECT_EQ(value, row.expected);
+    if (row.valueName) {  // the handle it got is closed, once
+        EXPECT_EQ(keys.closed, std::vector<uint32_t>{101});
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Values, GetKeyValueRows,
     ::testing::Values(
-        ValueRow{"TextLosesItsZeroByte", kRegSz, std::string("/opt/info/run\0", 14), "", true,
-                 "/opt/info/run"},
-        ValueRow{"TextWithoutZeroByte", kRegSz, "abc", "", true, "abc"},
-        ValueRow{"EmptyText", kRegSz, "", "x", true, ""},
-        ValueRow{"NumberLowByteFirst", kRegDword, bytes({0x78, 0x56, 0x34, 0x12}), "", true,
+        ValueRow{"NoKey", nullptr, kRegSz, "", "left over", false, ""},
+        ValueRow{"NoValue", "Other", kRegSz, std::string("x\0", 2), "left over", false, ""},
+        ValueRow{"TextLosesItsZeroByte", "PATH", kRegSz, std::string("/opt/info/run\0", 14), "",
+                 true, "/opt/info/run"},
+        ValueRow{"TextWithoutZeroByte", "PATH", kRegSz, "abc", "", true, "abc"},
+        ValueRow{"EmptyText", "PATH", kRegSz, "", "x", true, ""},
+        ValueRow{"NumberLowByteFirst", "PATH", kRegDword, bytes({0x78, 0x56, 0x34, 0x12}), "", true,
                  "305419896"},
-        ValueRow{"NegativeNumber", kRegDword, bytes({0xFE, 0xFF, 0xFF, 0xFF}), "", true, "-2"},
-        ValueRow{"OtherTypeKeepsTheValue", 3, "bin", "as it came", true, "as it came"},
-        ValueRow{"LongerThanTheBuffer", kRegSz, std::string(1025, 'a'), "x", false, ""}),
+        ValueRow{"NegativeNumber", "PATH", kRegDword, bytes({0xFE, 0xFF, 0xFF, 0xFF}), "", true,
+                 "-2"},
+        ValueRow{"OtherTypeKeepsTheValue", "PATH", 3, "bin", "as it came", true, "as it came"},
+        ValueRow{"LongerThanTheBuffer", "PATH", kRegSz, std::string(1025, 'a'), "x", false, ""}),
     [](const auto& info) { return std::string(info.param.name); });
 
 class StartSysInfoTest : public ::testing::Test {
   protected:
-    void expectUnavailable() {
-        ASSERT_EQ(ui.messages.size(), 1u);
-        EXPECT_EQ(ui.messages[0].text, "System Information Is Unavailable At This Time");
-        EXPECT_EQ(ui.messages[0].icon, MessageIcon::none);
-        EXPECT_EQ(ui.messages[0].buttons, MessageButtons::ok);
+    // One call: the programs it starts, then "unavailable" for its message.
+    std::vector<std::string> run() {
+        ui.messages.clear();
+        ui.started.clear();
+        StartSysInfo(keys, ui);
+        std::vector<std::string> out;
+        for (const auto& started : ui.started) {
+            out.push_back(started.first);
+        }
+        for (const MessageRecord& message : ui.messages) {
+            EXPECT_EQ(message.text, "System Information Is Unavailable At This Time");
+            EXPECT_EQ(message.icon, MessageIcon::none);
+            EXPECT_EQ(message.buttons, MessageButtons::ok);
+            out.emplace_back("unavailable");
+        }
+        return out;
     }
     FakeKeys keys;
     ScriptedModalUi ui;
     testing::TestFolder dir;
 };
 
-TEST_F(StartSysInfoTest, NoKeysNoProgram) {
-    StartSysInfo(keys, ui);
-    EXPECT_TRUE(ui.started.empty());
-    expectUnavailable();
-}
-
-TEST_F(StartSysInfoTest, PathValueIsStartedUnchanged) {
-    // No file check on this key: the program is started as named.
-    keys.keys[kInfo]["PATH"] = {kRegSz, std::string("/no/such/info tool\0", 19)};
-    StartSysInfo(keys, ui);
-    ASSERT_EQ(ui.started.size(), 1u);
-    EXPECT_EQ(ui.started[0].first, "/no/such/info tool");
-    EXPECT_TRUE(ui.messages.empty());
-}
-
-TEST_F(StartSysInfoTest, SecondKeyNeedsTheProgramInItsFolder) {
+TEST_F(StartSysInfoTest, StartsTheProgramEitherKeyNamesOrSaysItIsUnavailable) {
+    using Calls = std::vector<std::string>;
+    EXPECT_EQ(run(), Calls{"unavailable"});
+    // The second key names a folder, and the program must stand in it.
     keys.keys[kLocation]["MSINFO"] = {kRegSz, dir.root()};
-    StartSysInfo(keys, ui);
-    EXPECT_TRUE(ui.started.empty());
-    expectUnavailable();
-
-    ui.messages.clear();
+    EXPECT_EQ(run(), Calls{"unavailable"});
     testing::writeBytes(dir.path("MSINFO32.EXE"), "x");
-    StartSysInfo(keys, ui);
-    ASSERT_EQ(ui.started.size(), 1u);
-    EXPECT_EQ(ui.started[0].first, dir.path("MSINFO32.EXE"));
-    EXPECT_TRUE(ui.messages.empty());
-}
-
-TEST_F(StartSysInfoTest, AProgramThatWillNotStart) {
+    EXPECT_EQ(run(), Calls{dir.path("MSINFO32.EXE")});
+    // The first key goes first, and its program is started as named, unchecked.
+    keys.keys[kInfo]["PATH"] = {kRegSz, std::string("/no/such/info tool\0", 19)};
+    EXPECT_EQ(run(), Calls{"/no/such/info tool"});
+    // A program that will not start.
     keys.keys[kInfo]["PATH"] = {kRegSz, "/no/such/program"};
     ui.reallyStartPrograms = true;
-    StartSysInfo(keys, ui);
-    expectUnavailable();
+    EXPECT_EQ(run(), (Calls{"/no/such/program", "unavailable"}));
 }
 
 using AboutTest = testing::UiTest;

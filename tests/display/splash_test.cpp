@@ -78,7 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
             "LateTickPastMidnight", 86399.5f, {{Step::tick, 86399.6f}, {Step::tick, 1.3f, true}}}),
     [](const auto& info) { return std::string(info.param.name); });
 
-TEST(SplashTest, RoundedShapeAndBlueBorder) {
+TEST(SplashTest, RoundedShapeBlueBorderAndATickRedrawsTheRingAndNothingElse) {
     ScriptedModalUi ui;
     Splash splash(ui, [] { return 500.0f; });
     const QImage picture = splash.Picture1->picture();
@@ -97,10 +97,10 @@ TEST(SplashTest, RoundedShapeAndBlueBorder) {
         EXPECT_TRUE(shape.contains(edge)) << edge.x() << "," << edge.y();
     }
     const QRgb blue = qRgb(0, 0, 255);
-    EXPECT_EQ(picture.pixel(w / 2, 0), blue);
-    EXPECT_EQ(picture.pixel(0, h / 2), blue);
-    EXPECT_EQ(picture.pixel(w - 2, h / 2), blue);
-    EXPECT_EQ(picture.pixel(w / 2, h - 2), blue);
+    for (QPoint edge :
+         {QPoint(w / 2, 0), QPoint(0, h / 2), QPoint(w - 2, h / 2), QPoint(w / 2, h - 2)}) {
+        EXPECT_EQ(picture.pixel(edge), blue) << edge.x() << "," << edge.y();
+    }
     EXPECT_NE(picture.pixel(w - 1, h / 2), blue);
     // Each quarter circle, halfway round: 50 pixels from its centre.
     const int r = 50;
@@ -116,12 +116,8 @@ TEST(SplashTest, RoundedShapeAndBlueBorder) {
         }
         EXPECT_GT(bluest, 120) << c.x() << "," << c.y();
     }
-}
 
-TEST(SplashTest, TickRedrawsTheRingAndNothingElse) {
-    ScriptedModalUi ui;
-    Splash splash(ui, [] { return 500.0f; });
-    const QImage before = splash.Picture1->picture().copy();
+    const QImage before = picture.copy();
     splash.Timer1_Timer();
     splash.Timer1_Timer();
     const QImage after = splash.Picture1->picture();
@@ -136,8 +132,8 @@ TEST(SplashTest, TickRedrawsTheRingAndNothingElse) {
                 continue;
             }
             ++changed;
-            const double d = std::hypot(x + 0.5 - cx, y + 0.5 - cy);
-            outside += std::abs(d - radius) > 4;
+            const double distance = std::hypot(x + 0.5 - cx, y + 0.5 - cy);
+            outside += std::abs(distance - radius) > 4;
         }
     }
     EXPECT_GT(changed, 200);

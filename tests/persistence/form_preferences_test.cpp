@@ -3,19 +3,32 @@
 #include <QApplication>
 #include <QPointer>
 
+#include <tuple>
+
 #include "persistence/profile_file.h"
 #include "support/ui_fixture.h"
 
 namespace lumiquilt {
 namespace {
 
-// Notes each call of the desktop ties with the switches as they stood then.
+// Notes each call of the desktop ties with the switches as they stood then; failing
+// ties go on to throw from the first two.
 class RecordingTies : public PreferencesShellTies {
   public:
-    explicit RecordingTies(const ProgramState& s, const Settings& settings)
-        : s(s), settings(settings) {}
-    void makeDesktopShortcut() override { note("shortcut"); }
-    void addContextMenuVerb() override { note("add verb"); }
+    RecordingTies(const ProgramState& s, const Settings& settings, bool failing)
+        : s(s), settings(settings), failing(failing) {}
+    void makeDesktopShortcut() override {
+        note("shortcut");
+        if (failing) {
+            throw RuntimeError(kPermissionDenied);
+        }
+    }
+    void addContextMenuVerb() override {
+        note("add verb");
+        if (failing) {
+            throw std::runtime_error("no desktop");
+        }
+    }
     void removeContextMenuVerb() override { note("remove verb"); }
 
     std::vector<std::string> calls;
@@ -28,6 +41,7 @@ class RecordingTies : public PreferencesShellTies {
     }
     const ProgramState& s;
     const Settings& settings;
+    bool failing;
 };
 
 class FormPreferencesTest : public testing::UiTest {
@@ -41,20 +55,20 @@ class FormPreferencesTest : public testing::UiTest {
         EXPECT_NE(dialog, nullptr);
         return *dialog;
     }
-    // The keys of the settings file, in the order they stand.
-    std::vector<std::string> keysInFile() {
-        std::vector<std::string> keys;
-        std::string content = testing::readBytes(dir.path("Lumiquilt.ini"));
-        size_t pos = 0;
-        while (pos < content.size()) {
-            size_t end = content.find('\n', pos);
-            const std::string line = content.substr(pos, end - pos);
-            if (line.find('=') != std::string::npos) {
-                keys.push_back(line.substr(0, line.find('=')));
-            }
-            pos = end == std::string::npos ? content.size() : end + 1;
+    // The program started again on its settings file, with the dialog open.
+    FormPreferences& reopen() {
+        settle();
+        start();
+        return open();
+    }
+    std::string file() { return testing::readBytes(dir.path("Lumiquilt.ini")); }
+    // The four smoothing fields.
+    static std::string fields(const FormPreferences& p) {
+        std::string s;
+        for (const QLineEdit* field : p.TextSmooth) {
+            s += field->text().toStdString() + " ";
         }
-        return keys;
+        return s;
     }
     std::string key(const std::string& name) { return settings->readKey(name); }
     static void settle() { QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
@@ -103,22 +117,15 @@ TEST_F(FormPreferencesTest, NoFileShowsZerosAndTheFirstOkWritesAllButThreeKeys) 
     EXPECT_EQ(p.VScroll1->value(), 0);
     EXPECT_EQ(p.pictureColor(), 0u);
     EXPECT_FALSE(p.CheckLoadImages->isChecked());
-    const char* fields[] = {"100", "0", "0", "100"};
-    for (size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(p.TextSmooth[i]->text(), fields[i]) << i;
-    }
+    EXPECT_EQ(fields(p), "100 0 0 100 ");
     QPointer<FormPreferences> dialog(&p);
     p.CommandOK->click();
     settle();
     EXPECT_TRUE(dialog.isNull());
-    const std::vector<std::string> expected = {"Montage method", "Originating image", "Load images",
-                                               "Increment",      "shortcut",          "rightmouse",
-                                               "autoSmooth",     "edgeFactor",        "focusFactor",
-                                               "diffFactor",     "edgefactor2"};
-    EXPECT_EQ(keysInFile(), expected);
-    EXPECT_EQ(key("edgeFactor"), "0");
-    EXPECT_EQ(key("edgefactor2"), "0");
-    EXPECT_EQ(key("Increment"), "0");
+    EXPECT_EQ(file(),
+              "[preferences]\nMontage method=0\nOriginating image=0\nLoad images=0\nIncrement=0\n"
+              "shortcut=0\nrightmouse=0\nautoSmooth=0\nedgeFactor=0\nfocusFactor=0\ndiffFactor=0\n"
+              "edgefactor2=0\n");
 }
 
 TEST_F(FormPreferencesTest, OkWritesWhatTheControlsHoldAndChangesNoMenu) {
@@ -131,29 +138,27 @@ TEST_F(FormPreferencesTest, OkWritesWhatTheControlsHoldAndChangesNoMenu) {
     p.CheckAutoSmooth->setChecked(true);
     p.TextSmooth[2]->setText("0.5");
     p.CommandOK->click();
-    EXPECT_EQ(key("Montage method"), "4");
-    EXPECT_EQ(key("Originating image"), "1");
-    EXPECT_EQ(key("Load images"), "1");
-    EXPECT_EQ(key("Increment"), "25");
-    EXPECT_EQ(key("autoSmooth"), "1");
-    EXPECT_EQ(key("diffFactor"), "50");
+    EXPECT_EQ(file(),
+              "[preferences]\nMontage method=4\nOriginating image=1\nLoad images=1\nIncrement=25\n"
+              "shortcut=0\nrightmouse=0\nautoSmooth=1\nedgeFactor=0\nfocusFactor=0\n"
+              "diffFactor=50\nedgefactor2=0\n");
     EXPECT_EQ(state.showUsedWindow, 1);
     EXPECT_EQ(state.diffFactor, 50);
     // The method and increment take effect at the next start.
     EXPECT_TRUE(form().m.mnusimpleCol[0]->isChecked());
     EXPECT_EQ(form().TextIncrement->text(), "0");
 
-    settle();
-    start();
+    FormPreferences& again = reopen();
     EXPECT_TRUE(form().m.mnusimpleCol[4]->isChecked());
     EXPECT_EQ(form().TextIncrement->text(), "25");
-    FormPreferences& again = open();
     EXPECT_TRUE(again.OptionMontageMethod[4]->isChecked());
     EXPECT_TRUE(again.CheckLoadImages->isChecked());
     EXPECT_EQ(again.TextSmooth[2]->text(), "0.5");
 }
 
-TEST_F(FormPreferencesTest, TwentyNineShowsSeventyOneAndWritesTwentyEightThenStays) {
+// The first field shows 100 - edgeFactor * 100 of a float: the key 29 shows 71 and
+// writes 28 once, then stays; 90 writes 10 and shows 90 again.
+TEST_F(FormPreferencesTest, EdgeFactorGoesThroughItsFieldAndBackAtEachStart) {
     putSettings("edgeFactor=29\n");
     start();
     FormPreferences& p = open();
@@ -161,26 +166,19 @@ TEST_F(FormPreferencesTest, TwentyNineShowsSeventyOneAndWritesTwentyEightThenSta
     EXPECT_EQ(p.VScrollSmooth[0]->value(), 71);
     p.CommandOK->click();
     EXPECT_EQ(key("edgeFactor"), "28");
-    settle();
-    start();
-    FormPreferences& again = open();
+    FormPreferences& again = reopen();
     EXPECT_EQ(again.TextSmooth[0]->text(), "72");
     again.CommandOK->click();
     EXPECT_EQ(key("edgeFactor"), "28");
-}
 
-TEST_F(FormPreferencesTest, NinetyInTheFirstFieldWritesTenAndShowsNinetyAgain) {
-    start();
-    FormPreferences& p = open();
-    p.TextSmooth[0]->setText("90");
-    p.TextSmooth[2]->setText("1");
-    p.CommandOK->click();
+    FormPreferences& third = reopen();
+    third.TextSmooth[0]->setText("90");
+    third.TextSmooth[2]->setText("1");
+    third.CommandOK->click();
     EXPECT_FLOAT_EQ(state.edgeFactor, 0.1f);
     EXPECT_EQ(key("edgeFactor"), "10");
     EXPECT_EQ(key("diffFactor"), "100");
-    settle();
-    start();
-    EXPECT_EQ(open().TextSmooth[0]->text(), "90");
+    EXPECT_EQ(reopen().TextSmooth[0]->text(), "90");
 }
 
 TEST_F(FormPreferencesTest, FieldAndBarKeepInStepBothWays) {
@@ -213,24 +211,19 @@ TEST_F(FormPreferencesTest, FieldAndBarKeepInStepBothWays) {
 TEST_F(FormPreferencesTest, ResetWithoutOkChangesMemoryButNotTheFile) {
     putSettings("edgeFactor=50\nfocusFactor=20\ndiffFactor=300\nedgefactor2=7\nautoSmooth=0\n");
     start();
-    const std::string before = testing::readBytes(dir.path("Lumiquilt.ini"));
+    const std::string before = file();
     FormPreferences& p = open();
     p.CommandSmoothReset->click();
     EXPECT_TRUE(p.CheckAutoSmooth->isChecked());
-    const char* fields[] = {"90", "10", "1", "60"};
-    for (size_t i = 0; i < 4; ++i) {
-        EXPECT_EQ(p.TextSmooth[i]->text(), fields[i]) << i;
-    }
-    EXPECT_EQ(state.autoSmooth, 1);
-    EXPECT_FLOAT_EQ(state.focusFactor, 0.1f);
-    EXPECT_FLOAT_EQ(state.edgeFactor, 0.1f);
-    EXPECT_EQ(state.diffFactor, 100);
-    EXPECT_FLOAT_EQ(state.edgefactor2, 4);
+    EXPECT_EQ(fields(p), "90 10 1 60 ");
+    EXPECT_EQ(std::tuple(state.autoSmooth, state.focusFactor, state.edgeFactor, state.diffFactor,
+                         state.edgefactor2),
+              std::tuple(1, 0.1f, 0.1f, 100, 4.0f));
     // Closing saves nothing.
     p.close();
     settle();
     EXPECT_EQ(PreferencesCommands::of(form()).dialog(), nullptr);
-    EXPECT_EQ(testing::readBytes(dir.path("Lumiquilt.ini")), before);
+    EXPECT_EQ(file(), before);
 }
 
 TEST_F(FormPreferencesTest, AFieldThatIsNoNumberKeepsItsSettingAndRewritesItsKey) {
@@ -241,10 +234,9 @@ TEST_F(FormPreferencesTest, AFieldThatIsNoNumberKeepsItsSettingAndRewritesItsKey
     p.TextSmooth[1]->setText("abc");
     p.TextSmooth[2]->setText("");
     p.CommandOK->click();
-    EXPECT_EQ(key("edgeFactor"), "100");
-    EXPECT_EQ(key("focusFactor"), "20");
-    EXPECT_EQ(key("diffFactor"), "300");
-    EXPECT_EQ(key("edgefactor2"), "0");
+    EXPECT_EQ(
+        std::tuple(key("edgeFactor"), key("focusFactor"), key("diffFactor"), key("edgefactor2")),
+        std::tuple("100", "20", "300", "0"));
 }
 
 TEST_F(FormPreferencesTest, OpeningSkipsWhatFailsAndGoesOn) {
@@ -278,7 +270,7 @@ TEST_F(FormPreferencesTest, LoadImagesIsReadAgainEachTimeTheWindowBecomesActive)
     EXPECT_FALSE(p.CheckLoadImages->isChecked());
 }
 
-TEST_F(FormPreferencesTest, ColorIsStoredAtOnceAndGivenToTheMarks) {
+TEST_F(FormPreferencesTest, ColorIsStoredAtOnceGivenToTheMarksAndReadAgainByALoad) {
     putSettings("Target color=255\n");
     start();
     makeSeries("c", 2);
@@ -304,35 +296,34 @@ TEST_F(FormPreferencesTest, ColorIsStoredAtOnceAndGivenToTheMarks) {
     settle();
     EXPECT_EQ(key("Target color"), "65280");
     EXPECT_EQ(form().targetColor(), 0x00FF00u);
-}
 
-TEST_F(FormPreferencesTest, LoadImageFilesReadsTheTargetColorAgain) {
-    start();
-    makeSeries("t", 2);
-    setFileName(dir.path("t1.png"));
+    // Load Image Files reads the key again.
     settings->writeKey("Target color", "16711680");
     form().mnuLoad_Click();
     EXPECT_EQ(form().targetColor(), 0xFF0000u);
 }
 
-// One row: the box, the switch in memory before OK, and the calls OK makes.
+// One row: the boxes, the switch in memory before OK, the ties, and the calls OK makes.
 struct TiesRow {
     const char* name;
     bool shortcutBox;
     bool rightBox;
     int16_t rightMouseBefore;
+    enum Ties { none, recording, failing } ties;
     std::vector<std::string> calls;
 };
 
 class PreferencesTies : public FormPreferencesTest,
                         public ::testing::WithParamInterface<TiesRow> {};
 
-TEST_P(PreferencesTies, OkCallsTheDesktopTiesAtItsSteps) {
+TEST_P(PreferencesTies, OkCallsTheDesktopTiesAtItsStepsAndWritesTheKeysAllTheSame) {
     const TiesRow& row = GetParam();
     putSettings("shortcut=0\nrightmouse=" + std::to_string(row.rightMouseBefore) + "\n");
     start();
-    RecordingTies ties(state, *settings);
-    PreferencesCommands::of(form()).setShellTies(&ties);
+    RecordingTies ties(state, *settings, row.ties == TiesRow::failing);
+    if (row.ties != TiesRow::none) {
+        PreferencesCommands::of(form()).setShellTies(&ties);
+    }
     FormPreferences& p = open();
     p.CheckShortcut->setChecked(row.shortcutBox);
     p.CheckRight->setChecked(row.rightBox);
@@ -340,53 +331,33 @@ TEST_P(PreferencesTies, OkCallsTheDesktopTiesAtItsSteps) {
     EXPECT_EQ(ties.calls, row.calls);
     EXPECT_EQ(state.shortcutEnabled, row.shortcutBox ? 1 : 0);
     EXPECT_EQ(state.rightMouseEnabled, row.rightBox ? 1 : 0);
+    EXPECT_EQ(key("shortcut"), row.shortcutBox ? "1" : "0");
     EXPECT_EQ(key("rightmouse"), row.rightBox ? "1" : "0");
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Steps, PreferencesTies,
-    ::testing::Values(
-        // The shortcut is made after its key is written; the verb changes before
-        // the switch takes the box.
-        TiesRow{"ShortcutAndAdd",
-                true,
-                true,
-                0,
-                {"shortcut shortcutKey=1 rightMouse=0 rightmouseKey=0",
-                 "add verb shortcutKey=1 rightMouse=0 rightmouseKey=0"}},
-        TiesRow{
-            "Remove", false, false, 1, {"remove verb shortcutKey=0 rightMouse=1 rightmouseKey=1"}},
-        TiesRow{"AlreadyOnTouchesNothing", false, true, 1, {}},
-        TiesRow{"AlreadyOffTouchesNothing", false, false, 0, {}}),
-    [](const ::testing::TestParamInfo<TiesRow>& info) { return info.param.name; });
-
-TEST_F(FormPreferencesTest, WithoutTiesOkOnlyWritesTheKeys) {
-    putSettings("rightmouse=1\n");
-    start();
-    FormPreferences& p = open();
-    p.CheckShortcut->setChecked(true);
-    p.CheckRight->setChecked(false);
-    p.CommandOK->click();
-    EXPECT_EQ(key("shortcut"), "1");
-    EXPECT_EQ(key("rightmouse"), "0");
+    EXPECT_EQ(key("edgefactor2"), "0");  // the last key: OK went to its end
     EXPECT_TRUE(ui.messages.empty());
 }
 
-TEST_F(FormPreferencesTest, AFailingTieDoesNotStopOk) {
-    struct Failing : PreferencesShellTies {
-        void makeDesktopShortcut() override { throw RuntimeError(kPermissionDenied); }
-        void addContextMenuVerb() override { throw std::runtime_error("no desktop"); }
-        void removeContextMenuVerb() override {}
-    } failing;
-    start();
-    PreferencesCommands::of(form()).setShellTies(&failing);
-    FormPreferences& p = open();
-    p.CheckShortcut->setChecked(true);
-    p.CheckRight->setChecked(true);
-    p.CommandOK->click();
-    EXPECT_EQ(key("rightmouse"), "1");
-    EXPECT_EQ(key("edgefactor2"), "0");
-}
+// The shortcut is made after its key is written; the verb changes before the switch
+// takes the box.
+const std::vector<std::string> kShortcutAndAdd = {
+    "shortcut shortcutKey=1 rightMouse=0 rightmouseKey=0",
+    "add verb shortcutKey=1 rightMouse=0 rightmouseKey=0"};
+
+INSTANTIATE_TEST_SUITE_P(
+    Steps, PreferencesTies,
+    ::testing::Values(TiesRow{"ShortcutAndAdd", true, true, 0, TiesRow::recording, kShortcutAndAdd},
+                      TiesRow{"Remove",
+                              false,
+                              false,
+                              1,
+                              TiesRow::recording,
+                              {"remove verb shortcutKey=0 rightMouse=1 rightmouseKey=1"}},
+                      TiesRow{"AlreadyOnTouchesNothing", false, true, 1, TiesRow::recording, {}},
+                      TiesRow{"AlreadyOffTouchesNothing", false, false, 0, TiesRow::recording, {}},
+                      TiesRow{"WithoutTiesOnlyTheKeys", true, false, 1, TiesRow::none, {}},
+                      TiesRow{"FailingTiesDoNotStopOk", true, true, 0, TiesRow::failing,
+                              kShortcutAndAdd}),
+    [](const ::testing::TestParamInfo<TiesRow>& info) { return info.param.name; });
 
 TEST_F(FormPreferencesTest, AnUnwritableSettingsFileLosesNothingAndSaysNothing) {
     putSettings("Increment=20\n");
@@ -396,7 +367,7 @@ TEST_F(FormPreferencesTest, AnUnwritableSettingsFileLosesNothingAndSaysNothing) 
     ::chmod(dir.path("Lumiquilt.ini").c_str(), 0444);
     p.CommandOK->click();
     ::chmod(dir.path("Lumiquilt.ini").c_str(), 0644);
-    EXPECT_EQ(testing::readBytes(dir.path("Lumiquilt.ini")), "[preferences]\nIncrement=20\n");
+    EXPECT_EQ(file(), "[preferences]\nIncrement=20\n");
     EXPECT_TRUE(ui.messages.empty());
 }
 

@@ -27,6 +27,12 @@ class LoadImageFilesTest : public UiTest {
         }
         return n;
     }
+    void expectOneMessage(const std::string& text, const std::string& title) {
+        ASSERT_EQ(ui.messages.size(), 1u);
+        EXPECT_EQ(lastMessage().text, text);
+        EXPECT_EQ(lastMessage().title, title);
+        EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
+    }
 };
 
 TEST_F(LoadImageFilesTest, LoadsAndShowsTheSeries) {
@@ -62,16 +68,23 @@ TEST_F(LoadImageFilesTest, IgnoreChecksSurviveALoadAndGoWithANewName) {
     EXPECT_EQ(visiblePictureWindows(), 2);
 }
 
-TEST_F(LoadImageFilesTest, NameWithoutADigitBeforeTheDot) {
-    testing::savePictureFile(testing::patternPicture(8, 8, 1), dir.path("plain.png"));
-    load(dir.path("plain.png"));
-    ASSERT_EQ(ui.messages.size(), 1u);
-    EXPECT_EQ(lastMessage().text,
-              "You must have a number as the last letter in the file name,  eg c:\\myfile1.bmp, or "
-              "c:\\myotherfile6");
-    EXPECT_EQ(lastMessage().title, "Rename the file and try again");
-    EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
-    EXPECT_EQ(state.imageCount, 0);
+TEST_F(LoadImageFilesTest, NameWithoutADigitOrWithTooLargeANumberIsRefused) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"plain.png",
+         "You must have a number as the last letter in the file name,  eg c:\\myfile1.bmp, or "
+         "c:\\myotherfile6"},
+        {"n40000.png",
+         "The number in the file name is too large: a series can start from a number of at most "
+         "32767."},
+    };
+    for (const auto& [name, text] : rows) {
+        SCOPED_TRACE(name);
+        ui.messages.clear();
+        testing::savePictureFile(testing::patternPicture(8, 8, 1), dir.path(name));
+        load(dir.path(name));
+        expectOneMessage(text, "Rename the file and try again");
+        EXPECT_EQ(state.imageCount, 0);
+    }
 }
 
 TEST_F(LoadImageFilesTest, BareNameIsLookedForInTheProgramsFolderWithBmp) {
@@ -82,22 +95,7 @@ TEST_F(LoadImageFilesTest, BareNameIsLookedForInTheProgramsFolderWithBmp) {
     EXPECT_EQ(state.imageCount, 1);
 }
 
-TEST_F(LoadImageFilesTest, VanishedRecentFileIsEmptiedInPlace) {
-    makeSeries("a", 1);
-    makeSeries("b", 1);
-    form().addRecentFile(dir.path("a1.png"));
-    form().addRecentFile(dir.path("b1.png"));
-    std::filesystem::remove(dir.path("a1.png"));
-    form().mnuRecentFile_Click(1);
-    ASSERT_EQ(ui.messages.size(), 1u);
-    EXPECT_EQ(lastMessage().text, "So very sorry, but I can't find that file.");
-    EXPECT_TRUE(form().recentFiles().at(1).empty());
-    EXPECT_EQ(form().recentFiles().at(0), dir.path("b1.png"));
-    EXPECT_EQ(settings->readKey("recent file 1"), "");
-    EXPECT_FALSE(form().m.mnuRecentFile[1]->isVisible());
-}
-
-TEST_F(LoadImageFilesTest, RecentEntryLoadsAndMovesToTheHead) {
+TEST_F(LoadImageFilesTest, RecentEntryLoadsAndMovesToTheHeadAndAVanishedOneIsEmptiedInPlace) {
     makeSeries("a", 2);
     makeSeries("b", 1);
     form().addRecentFile(dir.path("a1.png"));
@@ -106,18 +104,25 @@ TEST_F(LoadImageFilesTest, RecentEntryLoadsAndMovesToTheHead) {
     EXPECT_EQ(state.imageCount, 2);
     EXPECT_EQ(form().recentFiles().at(0), dir.path("a1.png"));
     EXPECT_EQ(form().recentFiles().at(1), dir.path("b1.png"));
+
+    std::filesystem::remove(dir.path("b1.png"));
+    form().mnuRecentFile_Click(1);
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(lastMessage().text, "So very sorry, but I can't find that file.");
+    EXPECT_TRUE(form().recentFiles().at(1).empty());
+    EXPECT_EQ(form().recentFiles().at(0), dir.path("a1.png"));
+    EXPECT_EQ(settings->readKey("recent file 1"), "");
+    EXPECT_FALSE(form().m.mnuRecentFile[1]->isVisible());
 }
 
-TEST_F(LoadImageFilesTest, FirstFileThatIsNoPictureLoadsNothingSilently) {
+TEST_F(LoadImageFilesTest, AFileThatIsNoPictureEndsTheSeriesSilently) {
     testing::writeBytes(dir.path("x1.png"), "not a picture");
     load(dir.path("x1.png"));
     EXPECT_TRUE(ui.messages.empty());
     EXPECT_EQ(state.imageCount, 0);
     EXPECT_EQ(visiblePictureWindows(), 0);
     EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
-}
 
-TEST_F(LoadImageFilesTest, CorruptMemberEndsTheSeriesSilently) {
     makeSeries("c", 4);
     testing::writeBytes(dir.path("c3.png"), "corrupt");
     load(dir.path("c1.png"));
@@ -128,21 +133,10 @@ TEST_F(LoadImageFilesTest, CorruptMemberEndsTheSeriesSilently) {
 TEST_F(LoadImageFilesTest, MoreThanThirtyFilesTellsOnceAndShowsNothing) {
     makeSeries("m", 32, 4, 4);
     load(dir.path("m1.png"));
-    ASSERT_EQ(ui.messages.size(), 1u);
-    EXPECT_EQ(lastMessage().text,
-              "I can only cope with  30 pictures, so I will use the first ones.");
-    EXPECT_EQ(lastMessage().title, "No wuckas mate");
-    EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
+    expectOneMessage("I can only cope with  30 pictures, so I will use the first ones.",
+                     "No wuckas mate");
     EXPECT_EQ(state.imageCount, 30);
     EXPECT_EQ(visiblePictureWindows(), 0);
-}
-
-TEST_F(LoadImageFilesTest, FirstNumberTooLargeIsRefused) {
-    testing::savePictureFile(testing::patternPicture(4, 4, 1), dir.path("n40000.png"));
-    load(dir.path("n40000.png"));
-    ASSERT_EQ(ui.messages.size(), 1u);
-    EXPECT_EQ(lastMessage().title, "Rename the file and try again");
-    EXPECT_EQ(state.imageCount, 0);
 }
 
 TEST_F(LoadImageFilesTest, BrowseCancelChangesNothingAndAnAnswerLoads) {

@@ -1,20 +1,18 @@
 #include "persistence/preferences.h"
 
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
+#include <tuple>
 #include <vector>
 
 #include "core/runtime_error.h"
 #include "persistence/profile_file.h"
+#include "support/persistence_files.h"
 
 namespace lumiquilt {
 namespace {
 
-namespace fs = std::filesystem;
+using testing::errorNumber;
 
 // Settings that note every key asked for.
 class RecordingSettings : public Settings {
@@ -27,17 +25,13 @@ class RecordingSettings : public Settings {
     mutable std::vector<std::string> asked;
 };
 
-class PreferencesTest : public ::testing::Test {
+class PreferencesTest : public testing::ScratchFolderTest {
   protected:
     void SetUp() override {
-        m_path = (fs::temp_directory_path() /
-                  ("lumiquilt_prefs_" + std::to_string(::getpid()) + "_" +
-                   ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".ini"))
-                     .string();
-        fs::remove(m_path);
+        ScratchFolderTest::SetUp();
+        m_path = path("Lumiquilt.ini");
     }
-    void TearDown() override { fs::remove(m_path); }
-    void put(const std::string& content) { std::ofstream(m_path, std::ios::binary) << content; }
+    void put(const std::string& content) { testing::putFile(m_path, content); }
 
     std::string m_path;
 };
@@ -57,61 +51,61 @@ TEST_F(PreferencesTest, StartReadsEveryKeyInItsOrder) {
     EXPECT_EQ(settings.asked, expected);
 }
 
-TEST_F(PreferencesTest, MissingFileReadsZeroForEveryKey) {
-    Settings settings(m_path);
-    ProgramState s;
-    s.edgeFactor = 5;
-    s.rightMouseEnabled = 1;
-    readSettingsBeforeWindows(s, settings);
-    EXPECT_EQ(s.autoSmooth, 0);
-    EXPECT_EQ(s.edgeFactor, 0);
-    EXPECT_EQ(s.focusFactor, 0);
-    EXPECT_EQ(s.diffFactor, 0);
-    EXPECT_EQ(s.edgefactor2, 0);
-    EXPECT_EQ(s.shortcutEnabled, 0);
-    EXPECT_EQ(s.rightMouseEnabled, 0);
-    const SettingsAfterWindows late = readSettingsAfterWindows(settings);
-    EXPECT_EQ(late.fileName, "0");
-    EXPECT_EQ(late.incrementText, "0");
-    EXPECT_EQ(late.methodIndex, 0);
-    EXPECT_EQ(late.showUsedWindow, 0);
-    EXPECT_EQ(late.targetColor, 0);
-    for (const std::string& item : late.recent.items()) {
-        EXPECT_EQ(item, "");
+// One row: a settings file (none when empty), and what start-up takes from it.
+struct ScaleRow {
+    std::string content;
+    int16_t autoSmooth;
+    float edge, focus;
+    int16_t diff;
+    float edge2;
+    int16_t shortcut, rightMouse;
+    int method;
+    double color;
+};
+
+TEST_F(PreferencesTest, KeysTakeTheirScalesAndAValueBeyondItsWidthReadsAsZero) {
+    const ScaleRow rows[] = {
+        {"", 0, 0, 0, 0, 0, 0, 0, 0, 0},
+        // Any rightmouse but 0 is 1. The colour passes through a 32-bit float, which
+        // has no odd number above 2^24.
+        {"[preferences]\nautoSmooth=1\nedgeFactor=29\nfocusFactor=10\ndiffFactor=100\n"
+         "edgefactor2=4\nshortcut=1\nrightmouse=7\nMontage method=5\nTarget color=16777217\n",
+         1, 0.29f, 0.1f, 100, 0.4f, 1, 1, 5, 16777216.0},
+        // Values beyond their width read as 0; the others still count.
+        {"[preferences]\nautoSmooth=99999999\nedgeFactor=50\ndiffFactor=40000\nedgefactor2=" +
+             std::string(400, '9') +
+             "\nrightmouse=1\nMontage method=70000\nTarget color=" + std::string(50, '9') + "\n",
+         0, 0.5f, 0, 0, 0, 0, 1, 0, 0},
+    };
+    for (const ScaleRow& row : rows) {
+        SCOPED_TRACE(row.content);
+        std::filesystem::remove(m_path);
+        if (!row.content.empty()) {
+            put(row.content);
+        }
+        Settings settings(m_path);
+        ProgramState s;
+        s.edgeFactor = 5;  // each read replaces what was in memory
+        s.rightMouseEnabled = 1;
+        readSettingsBeforeWindows(s, settings);
+        EXPECT_EQ(std::tuple(s.autoSmooth, s.edgeFactor, s.focusFactor, s.diffFactor, s.edgefactor2,
+                             s.shortcutEnabled, s.rightMouseEnabled),
+                  std::tuple(row.autoSmooth, row.edge, row.focus, row.diff, row.edge2, row.shortcut,
+                             row.rightMouse));
+        const SettingsAfterWindows late = readSettingsAfterWindows(settings);
+        EXPECT_EQ(late.methodIndex, row.method);
+        EXPECT_EQ(late.targetColor, row.color);
+        EXPECT_EQ(readTargetColor(settings), row.color);
     }
 }
 
-TEST_F(PreferencesTest, KeysTakeTheirScales) {
-    put("[preferences]\nautoSmooth=1\nedgeFactor=29\nfocusFactor=10\ndiffFactor=100\n"
-        "edgefactor2=4\nshortcut=1\nrightmouse=7\nTarget color=16777217\n");
+TEST_F(PreferencesTest, MissingFileReadsZeroForTheTextsAndEmptiesTheRecentList) {
     Settings settings(m_path);
-    ProgramState s;
-    readSettingsBeforeWindows(s, settings);
-    EXPECT_EQ(s.autoSmooth, 1);
-    EXPECT_EQ(s.edgeFactor, 0.29f);
-    EXPECT_EQ(s.focusFactor, 0.1f);
-    EXPECT_EQ(s.diffFactor, 100);
-    EXPECT_EQ(s.edgefactor2, 0.4f);
-    EXPECT_EQ(s.shortcutEnabled, 1);
-    EXPECT_EQ(s.rightMouseEnabled, 1);  // any value but 0
-    // The colour passes through a 32-bit float, which has no odd number above 2^24.
-    EXPECT_EQ(readTargetColor(settings), 16777216.0);
-}
-
-TEST_F(PreferencesTest, AValueBeyondItsWidthReadsAsZeroAndTheOthersStillCount) {
-    put("[preferences]\nautoSmooth=99999999\nedgeFactor=50\ndiffFactor=40000\nedgefactor2=" +
-        std::string(400, '9') +
-        "\nrightmouse=1\nMontage method=70000\nTarget color=" + std::string(50, '9') + "\n");
-    Settings settings(m_path);
-    ProgramState s;
-    readSettingsBeforeWindows(s, settings);
-    EXPECT_EQ(s.autoSmooth, 0);
-    EXPECT_EQ(s.edgeFactor, 0.5f);
-    EXPECT_EQ(s.diffFactor, 0);
-    EXPECT_EQ(s.edgefactor2, 0);
-    EXPECT_EQ(s.rightMouseEnabled, 1);
-    EXPECT_EQ(readSettingsAfterWindows(settings).methodIndex, 0);
-    EXPECT_EQ(readTargetColor(settings), 0);
+    const SettingsAfterWindows late = readSettingsAfterWindows(settings);
+    EXPECT_EQ(late.fileName, "0");
+    EXPECT_EQ(late.incrementText, "0");
+    EXPECT_EQ(late.showUsedWindow, 0);
+    EXPECT_EQ(late.recent.items(), RecentFiles().items());
 }
 
 // One row: a field's text, what OK writes under its key, and what the field shows
@@ -153,31 +147,14 @@ INSTANTIATE_TEST_SUITE_P(
         FactorRow{"Edge2OneLosesOne", 3, "1", "98", "1.999998"}),
     [](const ::testing::TestParamInfo<FactorRow>& info) { return info.param.name; });
 
-TEST(Factors, TwentyNineBecomesTwentyEightOnceAndThenStays) {
-    ProgramState s;
-    setFactorFromKey(s, 0, 29);
-    EXPECT_EQ(factorFieldText(s, 0), "71");
-    setFactorFromField(s, 0, factorFieldText(s, 0));
-    EXPECT_EQ(factorKeyText(s, 0), "28");
-    for (int start = 0; start < 3; ++start) {
-        setFactorFromKey(s, 0, std::stod(factorKeyText(s, 0)));
-        setFactorFromField(s, 0, factorFieldText(s, 0));
-        EXPECT_EQ(factorKeyText(s, 0), "28");
-    }
-}
-
 TEST(Factors, TextThatIsNoNumberLeavesTheLastThreeAsTheyWere) {
     for (int i = 1; i < kSmoothFactorCount; ++i) {
         ProgramState s;
         setFactorFromKey(s, i, 7);
         const std::string before = factorKeyText(s, i);
         for (const char* text : {"", "abc", "12abc", "1,5"}) {
-            try {
-                setFactorFromField(s, i, text);
-                ADD_FAILURE() << "field " << i << " took '" << text << "'";
-            } catch (const RuntimeError& e) {
-                EXPECT_EQ(e.number(), 13);
-            }
+            EXPECT_EQ(errorNumber([&] { setFactorFromField(s, i, text); }), kTypeMismatch)
+                << "field " << i << " took '" << text << "'";
             EXPECT_EQ(factorKeyText(s, i), before);
         }
     }
@@ -234,6 +211,7 @@ TEST_P(HostileSettings, StartReadsDefaultsOrValues) {
     EXPECT_EQ(late.incrementText, row.increment);
     EXPECT_EQ(late.methodIndex, row.method);
     EXPECT_EQ(s.rightMouseEnabled, row.rightMouse);
+    EXPECT_EQ(s.edgeFactor, 0);  // in nul_bytes.ini, "edge\0Factor" is not the key
 }
 
 INSTANTIATE_TEST_SUITE_P(Files, HostileSettings,
@@ -248,16 +226,10 @@ INSTANTIATE_TEST_SUITE_P(Files, HostileSettings,
                              // The first of a repeated key counts, in any repeat of the section.
                              HostileRow{"repeated_key.ini", "20", 3, 1}));
 
-TEST(HostileSettingsFile, NulBytesCutTheValueNotTheFile) {
-    Settings settings(std::string(LUMIQUILT_TEST_DATA) + "/settings/nul_bytes.ini");
-    ProgramState s;
-    readSettingsBeforeWindows(s, settings);
-    EXPECT_EQ(s.edgeFactor, 0);  // "edge\0Factor" is not the key
-}
-
 TEST_F(PreferencesTest, TenMegabyteLinesAreReadAndWrittenAround) {
     const std::string big(10 * 1024 * 1024, 'x');
-    put("[preferences]\nfilename=" + big + "\n" + big + "\n" + big + "=1\nIncrement=20\n");
+    const std::string head = "[preferences]\nfilename=" + big + "\n" + big + "\n" + big + "=1\n";
+    put(head + "Increment=20\n");
     Settings settings(m_path);
     ProgramState s;
     readSettingsBeforeWindows(s, settings);
@@ -266,20 +238,14 @@ TEST_F(PreferencesTest, TenMegabyteLinesAreReadAndWrittenAround) {
     EXPECT_EQ(late.incrementText, "20");
     ASSERT_TRUE(settings.writeKey("Increment", "30"));
     EXPECT_EQ(settings.readKey("Increment"), "30");
-    std::ifstream in(m_path, std::ios::binary);
-    const std::string content((std::istreambuf_iterator<char>(in)), {});
-    EXPECT_TRUE(content ==
-                "[preferences]\nfilename=" + big + "\n" + big + "\n" + big + "=1\nIncrement=30\n");
+    EXPECT_TRUE(testing::fileBytes(m_path) == head + "Increment=30\n");
 }
 
 TEST_F(PreferencesTest, RepeatedKeyIsRewrittenAtItsFirstPlace) {
     put("[preferences]\nIncrement=20\nIncrement=30\n");
-    Settings settings(m_path);
-    ASSERT_TRUE(settings.writeKey("Increment", "25"));
+    ASSERT_TRUE(Settings(m_path).writeKey("Increment", "25"));
     EXPECT_EQ(readProfileString(m_path, "preferences", "Increment", "0"), "25");
-    std::ifstream in(m_path, std::ios::binary);
-    const std::string content((std::istreambuf_iterator<char>(in)), {});
-    EXPECT_EQ(content, "[preferences]\nIncrement=25\nIncrement=30\n");
+    EXPECT_EQ(testing::fileBytes(m_path), "[preferences]\nIncrement=25\nIncrement=30\n");
 }
 
 }  // namespace

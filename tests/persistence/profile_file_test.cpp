@@ -4,91 +4,90 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
 #include "core/runtime_error.h"
+#include "output/gif_encoder.h"
+#include "support/full_disk.h"
+#include "support/persistence_files.h"
 
 namespace lumiquilt {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::errorNumber;
 
-class ProfileFileTest : public ::testing::Test {
+class ProfileFileTest : public testing::ScratchFolderTest {
   protected:
     void SetUp() override {
-        m_dir = fs::temp_directory_path() /
-                ("lumiquilt_profile_" + std::to_string(::getpid()) + "_" +
-                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(m_dir);
-        fs::create_directories(m_dir);
-        m_path = (m_dir / "Lumiquilt.ini").string();
+        ScratchFolderTest::SetUp();
+        m_path = path("Lumiquilt.ini");
     }
-    void TearDown() override {
-        fs::permissions(m_dir, fs::perms::owner_all, fs::perm_options::add);
-        fs::remove_all(m_dir);
-    }
-    void put(const std::string& content) { std::ofstream(m_path, std::ios::binary) << content; }
-    std::string content() const {
-        std::ifstream in(m_path, std::ios::binary);
-        std::ostringstream s;
-        s << in.rdbuf();
-        return s.str();
-    }
+    void put(const std::string& content) { testing::putFile(m_path, content); }
+    std::string content() const { return testing::fileBytes(m_path); }
     std::string read(const std::string& key) const {
         return readProfileString(m_path, "preferences", key, "0");
     }
 
-    fs::path m_dir;
     std::string m_path;
 };
 
-TEST_F(ProfileFileTest, ReadsMatchIgnoringCaseAndBlanks) {
-    put("[other]\nIncrement=99\n  [ Preferences ]  \n  increment  =  20  \nfilename=/a/b1.jpg\n");
-    EXPECT_EQ(read("Increment"), "20");
-    EXPECT_EQ(read("FILENAME"), "/a/b1.jpg");
-    EXPECT_EQ(read("Montage method"), "0");  // missing key gives the default
+TEST_F(ProfileFileTest, ReadsTheFirstKeyOfTheSectionCaseAndBlanksAsideCutAndTrimmed) {
+    const std::string blanks =
+        "[other]\nIncrement=99\n  [ Preferences ]  \n  increment  =  20  \nfilename=/a/b1.jpg\n";
+    const std::string garbage =
+        std::string("garbage without equals\n\x01\x02\n[preferences\n[preferences]\n=novalue\n") +
+        "Increment=3" + std::string(1, '\0') + "5\nrubbish\n\xff\xfe=\x80\nautoSmooth=1\n";
+    const struct {
+        std::string content;
+        const char* key;
+        std::string value;
+    } rows[] = {
+        {blanks, "Increment", "20"},
+        {blanks, "FILENAME", "/a/b1.jpg"},
+        {blanks, "Montage method", "0"},  // missing key gives the default
+        {"[preferences]\nfilename=a=b\nfilename=second\n", "filename", "a=b"},
+        {"[preferences]\nfilename=" + std::string(300, 'x') + "\n", "filename",
+         std::string(254, 'x')},
+        {garbage, "Increment", "3"},  // cut at the NUL
+        {garbage, "autoSmooth", "1"},
+    };
+    for (const auto& row : rows) {
+        put(row.content);
+        EXPECT_EQ(read(row.key), row.value) << row.content;
+    }
 }
 
-TEST_F(ProfileFileTest, FirstEqualsSignSplitsAndFirstKeyWins) {
-    put("[preferences]\nfilename=a=b\nfilename=second\n");
-    EXPECT_EQ(read("filename"), "a=b");
+TEST_F(ProfileFileTest, MissingFileOrAPipeInItsPlaceReadsTheDefault) {
+    EXPECT_EQ(read("Increment"), "0");
+    ASSERT_EQ(::mkfifo(m_path.c_str(), 0600), 0);
+    EXPECT_EQ(read("Increment"), "0");
 }
 
-TEST_F(ProfileFileTest, MissingFileGivesDefault) {
-    EXPECT_EQ(readProfileString(m_path + ".none", "preferences", "Increment", "0"), "0");
-}
-
-TEST_F(ProfileFileTest, ValuesAreCutAt254Characters) {
-    put("[preferences]\nfilename=" + std::string(300, 'x') + "\n");
-    EXPECT_EQ(read("filename"), std::string(254, 'x'));
-}
-
-TEST_F(ProfileFileTest, GarbageLinesAndNulBytesDoNotDisturb) {
-    put(std::string("garbage without equals\n\x01\x02\n[preferences\n[preferences]\n=novalue\n") +
-        "Increment=3" + std::string(1, '\0') + "5\nrubbish\n\xff\xfe=\x80\nautoSmooth=1\n");
-    EXPECT_EQ(read("Increment"), "3");
-    EXPECT_EQ(read("autoSmooth"), "1");
-}
-
-TEST_F(ProfileFileTest, WriteReplacesInPlaceAndKeepsOtherLines) {
-    put("; my notes\r\n[preferences]\r\nIncrement = 20\r\n  odd line\r\nfilename=/x1.jpg\r\n");
-    writeProfileString(m_path, "preferences", "increment", "30");
-    EXPECT_EQ(content(),
-              "; my notes\r\n[preferences]\r\nincrement=30\r\n  odd line\r\nfilename=/x1.jpg\r\n");
-}
-
-TEST_F(ProfileFileTest, WriteAddsKeyAtEndOfItsSection) {
-    put("[preferences]\nIncrement=20\n\n[other]\nx=1\n");
-    writeProfileString(m_path, "preferences", "filename", "/a1.jpg");
-    EXPECT_EQ(content(), "[preferences]\nIncrement=20\nfilename=/a1.jpg\n\n[other]\nx=1\n");
-}
-
-TEST_F(ProfileFileTest, WriteAddsSectionAtEndOfFile) {
-    put("[other]\nx=1");
-    writeProfileString(m_path, "preferences", "Increment", "20");
-    EXPECT_EQ(content(), "[other]\nx=1\n[preferences]\nIncrement=20\n");
+TEST_F(ProfileFileTest, WriteReplacesInPlaceOrAddsTheKeyOrTheSectionOrTheFile) {
+    const struct {
+        const char* before;  // nullptr: no file
+        const char* section;
+        const char* key;
+        const char* value;
+        const char* after;
+    } rows[] = {
+        {"; my notes\r\n[preferences]\r\nIncrement = 20\r\n  odd line\r\nfilename=/x1.jpg\r\n",
+         "preferences", "increment", "30",
+         "; my notes\r\n[preferences]\r\nincrement=30\r\n  odd line\r\nfilename=/x1.jpg\r\n"},
+        {"[preferences]\nIncrement=20\n\n[other]\nx=1\n", "preferences", "filename", "/a1.jpg",
+         "[preferences]\nIncrement=20\nfilename=/a1.jpg\n\n[other]\nx=1\n"},
+        {"[other]\nx=1", "preferences", "Increment", "20",
+         "[other]\nx=1\n[preferences]\nIncrement=20\n"},
+        {nullptr, "preferences", "Increment", "20", "[preferences]\nIncrement=20\n"},
+    };
+    for (const auto& row : rows) {
+        fs::remove(m_path);
+        if (row.before) {
+            put(row.before);
+        }
+        writeProfileString(m_path, row.section, row.key, row.value);
+        EXPECT_EQ(content(), row.after);
+        EXPECT_EQ(readProfileString(m_path, row.section, row.key, "0"), row.value) << row.after;
+    }
 }
 
 // A last line cut after its carriage return reads as if the line feed were there;
@@ -104,92 +103,43 @@ TEST_F(ProfileFileTest, LastLineEndingInALoneReturnKeepsItsValue) {
     }
 }
 
-TEST_F(ProfileFileTest, WriteCreatesAMissingFile) {
-    writeProfileString(m_path, "preferences", "Increment", "20");
-    EXPECT_EQ(content(), "[preferences]\nIncrement=20\n");
-    EXPECT_EQ(read("Increment"), "20");
-}
-
 TEST_F(ProfileFileTest, ReadOnlyFileIsRefusedAndKeptWhole) {
     put("[preferences]\nIncrement=20\n");
     fs::permissions(m_path, fs::perms::owner_read, fs::perm_options::replace);
-    EXPECT_THROW(writeProfileString(m_path, "preferences", "Increment", "30"), RuntimeError);
+    EXPECT_EQ(errorNumber([&] { writeProfileString(m_path, "preferences", "Increment", "30"); }),
+              kPermissionDenied);
     EXPECT_EQ(content(), "[preferences]\nIncrement=20\n");
 }
 
 TEST_F(ProfileFileTest, UnwritableFolderFailsWithoutTouchingTheFile) {
-    const std::string path = (m_dir / "missing-folder" / "Lumiquilt.ini").string();
-    try {
-        writeProfileString(path, "preferences", "Increment", "30");
-        FAIL() << "no error";
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.number(), 76);
-    }
-    EXPECT_FALSE(fs::exists(path));
-    // No temporary file is left behind after a failed write.
-    for (const auto& entry : fs::directory_iterator(m_dir)) {
-        EXPECT_EQ(entry.path().filename().string().find(".tmp-"), std::string::npos);
-    }
+    const std::string missing = path("missing-folder/Lumiquilt.ini");
+    EXPECT_EQ(errorNumber([&] { writeProfileString(missing, "preferences", "Increment", "30"); }),
+              76);
+    EXPECT_FALSE(fs::exists(missing));
+    EXPECT_TRUE(entries().empty());  // no temporary file is left behind
 }
-
-}  // namespace
-}  // namespace lumiquilt
-
-#include "output/gif_encoder.h"
-#include "support/full_disk.h"
-
-namespace lumiquilt {
-namespace {
 
 TEST_F(ProfileFileTest, FullDiskLeavesTheOldFileWhole) {
     put("[preferences]\nIncrement=20\n");
-    const int error = testing::withFullDisk(64, [this] {
-        try {
-            writeProfileString(m_path, "preferences", "filename", std::string(500, 'x'));
-            return 0;
-        } catch (const RuntimeError& e) {
-            return e.number();
-        }
-    });
-    EXPECT_EQ(error, 61);
+    const auto write = [this] {
+        writeProfileString(m_path, "preferences", "filename", std::string(500, 'x'));
+    };
+    EXPECT_EQ(testing::withFullDisk(64, [&] { return errorNumber(write); }), kDiskFull);
     EXPECT_EQ(content(), "[preferences]\nIncrement=20\n");
-    for (const auto& entry : fs::directory_iterator(m_dir)) {
-        EXPECT_EQ(entry.path().filename(), "Lumiquilt.ini");
-    }
+    EXPECT_EQ(entries(), std::vector<std::string>{"Lumiquilt.ini"});
 }
 
 TEST_F(ProfileFileTest, GifOnAFullDiskLeavesTheOldFileWhole) {
-    const std::string target = (m_dir / "old.gif").string();
-    std::ofstream(target) << "old picture";
+    const std::string target = path("old.gif");
+    testing::putFile(target, "old picture");
     IndexedPicture picture;
     picture.width = 200;
     picture.height = 200;
     picture.indices.assign(40000, 7);
-    const int error = testing::withFullDisk(2000, [&] {
-        try {
-            GIF gif;
-            gif.SaveGIF(picture, target);
-            return 0;
-        } catch (const RuntimeError& e) {
-            return e.number();
-        }
-    });
-    EXPECT_EQ(error, 61);
-    std::ifstream in(target);
-    std::string text;
-    std::getline(in, text);
-    EXPECT_EQ(text, "old picture");
-}
-
-}  // namespace
-}  // namespace lumiquilt
-
-namespace lumiquilt {
-namespace {
-
-TEST_F(ProfileFileTest, APipeInThePlaceOfTheFileReadsTheDefault) {
-    ASSERT_EQ(::mkfifo(m_path.c_str(), 0600), 0);
-    EXPECT_EQ(read("Increment"), "0");
+    EXPECT_EQ(testing::withFullDisk(
+                  2000, [&] { return errorNumber([&] { GIF().SaveGIF(picture, target); }); }),
+              kDiskFull);
+    EXPECT_EQ(testing::fileBytes(target), "old picture");
 }
 
 }  // namespace

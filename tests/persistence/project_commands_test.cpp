@@ -19,8 +19,10 @@ namespace fs = std::filesystem;
 using testing::readBytes;
 using testing::UiTest;
 using testing::writeBytes;
+using Names = std::vector<std::string>;
 
 constexpr const char* kTitle = "Do you always have bad luck like this?";
+constexpr const char* kOldReport = "[project]\r\nold report\r\n\r\n";
 
 class ProjectCommandsTest : public UiTest {
   protected:
@@ -31,9 +33,9 @@ class ProjectCommandsTest : public UiTest {
     }
     ProjectCommands& projects() { return ProjectCommands::of(form()); }
 
-    // A montage of s1..s<count> by method 2 at increment 10, images 2 and 3 left out.
-    void makeMontage(int count = 5) {
-        makeSeries("s", count);
+    // A montage of s1..s5 by method 2 at increment 10, images 2 and 3 left out.
+    void makeMontage() {
+        makeSeries("s", 5);
         setFileName(dir.path("s1.png"));
         setIncrement("10");
         form().m.mnusimpleCol[2]->trigger();
@@ -75,43 +77,65 @@ class ProjectCommandsTest : public UiTest {
         }
         form().m.mnuAddOffsets->setChecked(true);
     }
-    std::string checkedMethods() {
-        std::string s;
+    // What an Open restores: the first file's name, the increment, the method checks,
+    // the ignore checks and, when on, the offsets.
+    std::string choices() {
+        std::string s = form().textFileName->text().toStdString() + " " +
+                        form().TextIncrement->text().toStdString() + " ";
         for (QAction* entry : form().m.mnusimpleCol) {
             s += entry->isChecked() ? '1' : '0';
         }
-        return s;
-    }
-    std::string ignoreChecks() {
-        std::string s;
+        s += ' ';
         for (QAction* entry : form().m.mnuignoreImage) {
             s += entry->isChecked() ? '1' : '0';
         }
-        return s;
+        return s + (form().m.mnuAddOffsets->isChecked() ? " offsets" : "");
+    }
+    // The one message there is.
+    void expectMessage(const std::string& text, const std::string& title = kTitle,
+                       MessageIcon icon = MessageIcon::critical) {
+        ASSERT_EQ(ui.messages.size(), 1u);
+        EXPECT_EQ(lastMessage().text, text);
+        EXPECT_EQ(lastMessage().title, title);
+        EXPECT_EQ(lastMessage().icon, icon);
     }
     void expectReadMessage(const std::string& description) {
-        ASSERT_FALSE(ui.messages.empty());
-        EXPECT_EQ(lastMessage().text,
-                  "There is a problem in reading that file.   The error "
-                  "message is '" +
+        expectMessage("There is a problem in reading that file.   The error message is '" +
                       description + "'.   Try another project file.");
-        EXPECT_EQ(lastMessage().title, kTitle);
-        EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
     }
-    void expectWriteMessage(const std::string& description) {
-        ASSERT_EQ(ui.messages.size(), 1u);
-        EXPECT_EQ(lastMessage().text,
-                  "There is a problem in writing to that file.   The error message is '" +
-                      description +
-                      "'.   Try another name and make sure the file and disk are not write "
-                      "protected or full.");
-        EXPECT_EQ(lastMessage().title, kTitle);
-        EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
+    static std::string writeMessage(const std::string& description) {
+        return "There is a problem in writing to that file.   The error message is '" +
+               description +
+               "'.   Try another name and make sure the file and disk are not write protected or "
+               "full.";
+    }
+    // A project saved before, in folder.
+    void putOldPair(const std::string& folder) {
+        writeBytes(folder + "/job.mon", kOldReport);
+        writeBytes(folder + "/job.qvz", "old picture");
+    }
+    // The files of a folder but the pictures and the settings, sorted.
+    static Names otherFiles(const std::string& folder) {
+        Names names;
+        for (const auto& entry : fs::directory_iterator(folder)) {
+            const fs::path& name = entry.path().filename();
+            if (name.extension() != ".png" && name != "Lumiquilt.ini") {
+                names.push_back(name.string());
+            }
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+    void expectOldPair(const std::string& folder) {
+        EXPECT_EQ(readBytes(folder + "/job.mon"), kOldReport);
+        EXPECT_EQ(readBytes(folder + "/job.qvz"), "old picture");
+        EXPECT_EQ(otherFiles(folder), (Names{"job.mon", "job.qvz"}));
     }
 };
 
-TEST_F(ProjectCommandsTest, SaveWritesTheHeadTheReportALineEndAndTheMontageAsBmp) {
+TEST_F(ProjectCommandsTest, SaveReplacesTheOldPairByTheHeadTheReportALineEndAndTheMontageAsBmp) {
     makeMontage();
+    putOldPair(dir.root());
     saveAs(dir.path("job.mon"));
     EXPECT_TRUE(ui.messages.empty());  // no message confirms a save
     const FileDialogRequest& request = ui.fileRequests.back();
@@ -124,6 +148,7 @@ TEST_F(ProjectCommandsTest, SaveWritesTheHeadTheReportALineEndAndTheMontageAsBmp
     EXPECT_NE(bytes.find("\r\n  Ignore image number =2, 3\r\n"), std::string::npos);
     EXPECT_NE(bytes.find("\r\n  Montage method used =2 (Average Color Difference)\r\n"),
               std::string::npos);
+    EXPECT_EQ(bytes.find("offset X"), std::string::npos);
     EXPECT_EQ(readBytes(dir.path("job.qvz")).substr(0, 2), "BM");
     EXPECT_EQ(bmp(dir.path("job.qvz")), montage());
     EXPECT_EQ(state.outputFileName, dir.path("job.qvz"));
@@ -132,11 +157,8 @@ TEST_F(ProjectCommandsTest, SaveWritesTheHeadTheReportALineEndAndTheMontageAsBmp
 
 TEST_F(ProjectCommandsTest, SaveWantsAMontageOnView) {
     projects().mnuSave_Click();
-    ASSERT_EQ(ui.messages.size(), 1u);
-    EXPECT_EQ(lastMessage().text,
-              "You have to have a Montage image visible in order to save a project.");
-    EXPECT_EQ(lastMessage().title, "Sorry...");
-    EXPECT_EQ(lastMessage().icon, MessageIcon::exclamation);
+    expectMessage("You have to have a Montage image visible in order to save a project.",
+                  "Sorry...", MessageIcon::exclamation);
     EXPECT_TRUE(ui.fileRequests.empty());
 }
 
@@ -160,16 +182,13 @@ TEST_F(ProjectCommandsTest, CancelInEitherDialogChangesNothingButTheFolderInFron
     EXPECT_TRUE(ui.messages.empty());
     EXPECT_EQ(ui.fileRequests.back().fileName, "");
     EXPECT_EQ(ui.fileRequests.back().initialFolder, dir.path("s1.png"));
-    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("s1.png"));
-    EXPECT_EQ(ignoreChecks(), "1000000000");
+    EXPECT_EQ(choices(), dir.path("s1.png") + " 10 1000000 1000000000");
     EXPECT_EQ(state.propertiesString, report);
     EXPECT_EQ(form().recentFiles().at(0), recent);
-    for (const auto& entry : fs::directory_iterator(dir.root())) {
-        EXPECT_NE(entry.path().extension(), ".mon");
-        EXPECT_NE(entry.path().extension(), ".qvz");
-    }
+    EXPECT_EQ(otherFiles(dir.root()), Names{});
 }
 
+// The project has no offsets: Open switches them off, with the strip and the marks.
 TEST_F(ProjectCommandsTest, OpenRestoresTheChoicesAndShowsTheStoredMontageAndReport) {
     makeMontage();
     saveAs(dir.path("job.mon"));
@@ -184,14 +203,18 @@ TEST_F(ProjectCommandsTest, OpenRestoresTheChoicesAndShowsTheStoredMontageAndRep
     setFileName(dir.path("s1.png"));
     form().mnuLoad_Click();
     scramble();
+    form().statusWindow()->show();
+    for (int k = 1; k <= 5; ++k) {
+        form().pictureWindow(k)->PictureFile->setMarksVisible(true);
+    }
 
     openByDialog(dir.path("job.mon"));
     EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
-    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("s1.png"));
-    EXPECT_EQ(checkedMethods(), "0010000");
-    EXPECT_EQ(form().TextIncrement->text(), "10");
-    EXPECT_EQ(ignoreChecks(), "0110000000");
-    EXPECT_FALSE(form().m.mnuAddOffsets->isChecked());
+    EXPECT_EQ(choices(), dir.path("s1.png") + " 10 0010000 0110000000");
+    EXPECT_FALSE(form().statusWindow()->isVisible());
+    for (int k = 1; k <= 5; ++k) {
+        EXPECT_FALSE(form().pictureWindow(k)->PictureFile->marksVisible()) << k;
+    }
     EXPECT_EQ(state.montageFromProject, kFalse);
     EXPECT_EQ(state.imageCount, 5);
     EXPECT_EQ(visiblePictureWindows(), 5);
@@ -206,49 +229,27 @@ TEST_F(ProjectCommandsTest, OpenRestoresTheChoicesAndShowsTheStoredMontageAndRep
     EXPECT_EQ(form().usedWindow()->LabelUsed->text(), "\r\n\r\n");
 }
 
-TEST_F(ProjectCommandsTest, OpenFromTheRecentListShowsNoDialog) {
-    makeMontage();
-    saveAs(dir.path("job.mon"));
-    scramble();
-    setFileName(dir.path("elsewhere1.png"));
-    const size_t requests = ui.fileRequests.size();
-    int entry = -1;
-    for (int i = 0; i < RecentFiles::kCount; ++i) {
-        if (form().recentFiles().at(i) == "project " + dir.path("job")) {
-            entry = i;
-        }
-    }
-    ASSERT_GE(entry, 0);
-    form().m.mnuRecentFile[static_cast<size_t>(entry)]->trigger();
-    EXPECT_EQ(ui.fileRequests.size(), requests);
-    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
-    EXPECT_EQ(checkedMethods(), "0010000");
-    EXPECT_EQ(ignoreChecks(), "0110000000");
-    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("s1.png"));
-    EXPECT_EQ(state.propertiesString, readBytes(dir.path("job.mon")).substr(11));
-}
-
-TEST_F(ProjectCommandsTest, OpenedAndSavedAgainGrowsByOneEmptyLine) {
+TEST_F(ProjectCommandsTest, EachOpenAndSaveAddsAnEmptyLineAndTheRecentListOpensWithoutADialog) {
     makeMontage();
     saveAs(dir.path("job.mon"));
     const std::string first = readBytes(dir.path("job.mon"));
     openByDialog(dir.path("job.mon"));
     saveAs(dir.path("job.mon"));
     EXPECT_EQ(readBytes(dir.path("job.mon")), first + "\r\n");
-    openByDialog(dir.path("job.mon"));
+
+    scramble();
+    setFileName(dir.path("elsewhere1.png"));
+    const size_t requests = ui.fileRequests.size();
+    const auto& items = form().recentFiles().items();
+    const auto entry = std::find(items.begin(), items.end(), "project " + dir.path("job"));
+    ASSERT_NE(entry, items.end());
+    form().m.mnuRecentFile[static_cast<size_t>(entry - items.begin())]->trigger();
+    EXPECT_EQ(ui.fileRequests.size(), requests);
+    EXPECT_EQ(choices(), dir.path("s1.png") + " 10 0010000 0110000000");
+    EXPECT_EQ(state.propertiesString, readBytes(dir.path("job.mon")).substr(11));
     saveAs(dir.path("job.mon"));
     EXPECT_EQ(readBytes(dir.path("job.mon")), first + "\r\n\r\n");
     EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
-}
-
-TEST_F(ProjectCommandsTest, SavingOverAnExistingProjectReplacesBothFiles) {
-    makeMontage();
-    writeBytes(dir.path("job.mon"), "[project]\r\nold\r\n");
-    writeBytes(dir.path("job.qvz"), "old picture");
-    saveAs(dir.path("job.mon"));
-    EXPECT_TRUE(ui.messages.empty());
-    EXPECT_EQ(readBytes(dir.path("job.mon")), "[project]\r\n" + state.propertiesString + "\r\n");
-    EXPECT_EQ(bmp(dir.path("job.qvz")), montage());
 }
 
 TEST_F(ProjectCommandsTest, AProjectUnderAnotherExtensionGetsItsCompanionAllTheSame) {
@@ -260,7 +261,7 @@ TEST_F(ProjectCommandsTest, AProjectUnderAnotherExtensionGetsItsCompanionAllTheS
     scramble();
     openByDialog(dir.path("job.txt"));
     EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
-    EXPECT_EQ(checkedMethods(), "0010000");
+    EXPECT_EQ(choices(), dir.path("s1.png") + " 10 0010000 0110000000");
     EXPECT_EQ(montage(), stored);
     // The recent list keeps the name less four characters: it reopens as job.mon.
     EXPECT_EQ(form().recentFiles().at(1), "project " + dir.path("job"));
@@ -290,36 +291,27 @@ TEST_F(ProjectCommandsTest, MontageWindowSavesItsOwnReportBesideTheMainPicture) 
 
 TEST_F(ProjectCommandsTest, MissingProjectSaysSoAndEmptiesTheField) {
     openByDialog(dir.path("nothing.mon"));
-    ASSERT_EQ(ui.messages.size(), 1u);
-    EXPECT_EQ(lastMessage().text,
-              "There is a problem in reading that file.   It appears not to "
-              "exist.   Try another project file.");
-    EXPECT_EQ(lastMessage().title, kTitle);
-    EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
+    expectMessage(
+        "There is a problem in reading that file.   It appears not to exist.   Try another "
+        "project file.");
     EXPECT_EQ(form().textFileName->text(), "");
     EXPECT_TRUE(form().recentFiles().at(0).empty());
 }
 
-// Damaged projects: each is the read message, and what was restored stays.
-TEST_F(ProjectCommandsTest, MissingCompanionIsTheReadMessageAfterTheReport) {
+// A missing or damaged companion is the read message, and what was restored stays.
+TEST_F(ProjectCommandsTest, MissingOrDamagedCompanionIsTheReadMessageAfterTheReport) {
     makeMontage();
     saveAs(dir.path("job.mon"));
     fs::remove(dir.path("job.qvz"));
     scramble();
     openByDialog(dir.path("job.mon"));
-    ASSERT_EQ(ui.messages.size(), 1u);
     expectReadMessage("File not found");
-    EXPECT_EQ(checkedMethods(), "0010000");
-    EXPECT_EQ(form().TextIncrement->text(), "10");
+    EXPECT_EQ(choices(), dir.path("s1.png") + " 10 0010000 0110000000");
     EXPECT_EQ(state.propertiesString, readBytes(dir.path("job.mon")).substr(11));
-}
 
-TEST_F(ProjectCommandsTest, DamagedCompanionIsTheReadMessage) {
-    makeMontage();
-    saveAs(dir.path("job.mon"));
+    ui.messages.clear();
     writeBytes(dir.path("job.qvz"), "BM this is no picture");
     openByDialog(dir.path("job.mon"));
-    ASSERT_EQ(ui.messages.size(), 1u);
     expectReadMessage("Invalid picture");
 }
 
@@ -330,121 +322,40 @@ TEST_F(ProjectCommandsTest, MethodOutsideTheMenuIsTheReadMessageWithTheMethodsUn
                                         "  Increment size =12\r\n");
     setIncrement("20");
     openByDialog(dir.path("job.mon"));
-    ASSERT_EQ(ui.messages.size(), 1u);
     expectReadMessage("Subscript out of range");
-    EXPECT_EQ(checkedMethods(), "0000000");
-    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("s1.png"));
-    EXPECT_EQ(form().TextIncrement->text(), "20");  // not reached
+    EXPECT_EQ(choices(), dir.path("s1.png") + " 20 0000000 0000000000");  // 20: not reached
     EXPECT_EQ(form().recentFiles().at(0), "project " + dir.path("job"));
 }
 
-TEST_F(ProjectCommandsTest, OpeningWithNoSeriesLoadedTouchesNoIgnoreEntry) {
+// A disk that fills up at the project file, then at the picture: the message of that
+// stage, and the old pair unchanged.
+TEST_F(ProjectCommandsTest, FullDiskIsTheMessageOfItsStageAndLeavesTheOldPairByteForByte) {
     makeMontage();
-    saveAs(dir.path("job.mon"));
-    const QImage stored = montage();
-    // A fresh program: nothing loaded.
-    startAfresh();
-    ASSERT_EQ(state.imageCount, 0);
-    openByDialog(dir.path("job.mon"));
-    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
-    EXPECT_EQ(ignoreChecks(), "0000000000");
-    EXPECT_EQ(state.imageCount, 5);
-    EXPECT_EQ(montage(), stored);
-    EXPECT_EQ(checkedMethods(), "0010000");
-}
-
-TEST_F(ProjectCommandsTest, MoreThanTenImagesTouchOnlyTheTenIgnoreEntries) {
-    makeSeries("s", 12);
-    writeBytes(dir.path("job.mon"), "[project]\r\n  First file name =" + dir.path("s1.png") +
-                                        "\r\n  Ignore image number =10, 11, 12\r\n"
-                                        "  Montage method used =1 (x)\r\n  Increment size =8\r\n");
-    savePicture(testing::patternPicture(40, 30, 9), dir.path("job.qvz"), "BMP");
-    setFileName(dir.path("s1.png"));
-    form().mnuLoad_Click();
-    ASSERT_EQ(state.imageCount, 12);
-    openByDialog(dir.path("job.mon"));
-    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
-    EXPECT_EQ(ignoreChecks(), "0000000001");
-    EXPECT_EQ(state.imageCount, 12);
-}
-
-TEST_F(ProjectCommandsTest, AProjectWithoutOffsetsSwitchesThemOff) {
-    makeMontage();
-    saveAs(dir.path("job.mon"));
-    ASSERT_EQ(readBytes(dir.path("job.mon")).find("offset X"), std::string::npos);
-    form().m.mnuAddOffsets->setChecked(true);
-    form().statusWindow()->show();
-    for (int k = 1; k <= 5; ++k) {
-        form().pictureWindow(k)->PictureFile->setMarksVisible(true);
-    }
-    openByDialog(dir.path("job.mon"));
-    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
-    EXPECT_FALSE(form().m.mnuAddOffsets->isChecked());
-    EXPECT_FALSE(form().statusWindow()->isVisible());
-    for (int k = 1; k <= 5; ++k) {
-        EXPECT_FALSE(form().pictureWindow(k)->PictureFile->marksVisible()) << k;
+    putOldPair(dir.root());
+    const std::pair<long, std::string> rows[] = {
+        {200, writeMessage("Disk full")}, {2000, "error 61 (Disk full) at line 33000 of mnuSave"}};
+    for (const auto& [limit, text] : rows) {
+        const int seen = testing::withFullDisk(limit, [&] {
+            saveAs(dir.path("job.mon"));  // in a child process: this test's ui stays as it is
+            return ui.messages.size() == 1 && lastMessage().text == text ? 1 : 0;
+        });
+        EXPECT_EQ(seen, 1) << text;
+        expectOldPair(dir.root());
     }
 }
-
-// Full disk: where the save fails, the message it gives, and the old pair unchanged.
-struct FullDiskRow {
-    const char* name;
-    long limit;
-    int expected;  // 1 the write message, 2 the general message of the picture
-};
-
-class ProjectSaveFullDisk : public ProjectCommandsTest,
-                            public ::testing::WithParamInterface<FullDiskRow> {};
-
-TEST_P(ProjectSaveFullDisk, LeavesTheOldPairByteForByte) {
-    makeMontage();
-    writeBytes(dir.path("job.mon"), "[project]\r\nold report\r\n\r\n");
-    writeBytes(dir.path("job.qvz"), "old picture");
-    const int outcome = testing::withFullDisk(GetParam().limit, [this] {
-        saveAs(dir.path("job.mon"));
-        if (ui.messages.size() != 1) {
-            return 9;
-        }
-        const std::string& text = lastMessage().text;
-        if (text.find("problem in writing to that file.   The error message is 'Disk full'") !=
-            std::string::npos) {
-            return 1;
-        }
-        return text == "error 61 (Disk full) at line 33000 of mnuSave" ? 2 : 8;
-    });
-    EXPECT_EQ(outcome, GetParam().expected);
-    EXPECT_EQ(readBytes(dir.path("job.mon")), "[project]\r\nold report\r\n\r\n");
-    EXPECT_EQ(readBytes(dir.path("job.qvz")), "old picture");
-    std::vector<std::string> left;
-    for (const auto& entry : fs::directory_iterator(dir.root())) {
-        const std::string n = entry.path().filename().string();
-        if (n.find("job") != std::string::npos) {
-            left.push_back(n);
-        }
-    }
-    std::sort(left.begin(), left.end());
-    EXPECT_EQ(left, (std::vector<std::string>{"job.mon", "job.qvz"}));
-}
-
-INSTANTIATE_TEST_SUITE_P(Save, ProjectSaveFullDisk,
-                         ::testing::Values(FullDiskRow{"ProjectFile", 200, 1},
-                                           FullDiskRow{"Picture", 2000, 2}),
-                         [](const ::testing::TestParamInfo<FullDiskRow>& info) {
-                             return info.param.name;
-                         });
 
 TEST_F(ProjectCommandsTest, ReadOnlyFolderOrFileIsTheWriteMessageAndLeavesTheOldPair) {
     makeMontage();
     const std::string folder = dir.path("locked");
     fs::create_directories(folder);
-    writeBytes(folder + "/job.mon", "[project]\r\nold report\r\n\r\n");
-    writeBytes(folder + "/job.qvz", "old picture");
+    putOldPair(folder);
 
     fs::permissions(folder + "/job.qvz", fs::perms::owner_read, fs::perm_options::replace);
     saveAs(folder + "/job.mon");
-    expectWriteMessage("Permission denied");
+    expectMessage(writeMessage("Permission denied"));
     fs::permissions(folder + "/job.qvz", fs::perms::owner_read | fs::perms::owner_write,
                     fs::perm_options::replace);
+    expectOldPair(folder);
 
     ui.messages.clear();
     testing::LockedFolder lock(folder);
@@ -453,10 +364,8 @@ TEST_F(ProjectCommandsTest, ReadOnlyFolderOrFileIsTheWriteMessageAndLeavesTheOld
     if (!lock.locked()) {
         GTEST_SKIP() << "this user may write into any folder";
     }
-    expectWriteMessage("Permission denied");
-    EXPECT_EQ(readBytes(folder + "/job.mon"), "[project]\r\nold report\r\n\r\n");
-    EXPECT_EQ(readBytes(folder + "/job.qvz"), "old picture");
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 2);
+    expectMessage(writeMessage("Permission denied"));
+    expectOldPair(folder);
 }
 
 // A bracket taken by hand: image k moved by kShifts[k - 1], its mark on the feature
@@ -490,6 +399,18 @@ class ProjectOffsetsTest : public ProjectCommandsTest {
         ASSERT_TRUE(ui.messages.empty()) << lastMessage().text;
     }
     PictureBox* box(int k) { return form().pictureWindow(k)->PictureFile; }
+    // The checked offset area, "" for none; they are exclusive.
+    std::string area() {
+        const std::pair<QAction*, const char*> areas[] = {
+            {form().m.mnuActivateOffsetsMin, "min"},
+            {form().m.mnuActivateOffsetsMax, "max"},
+            {form().m.mnuActivateOffsetsSame, "same"}};
+        std::string s;
+        for (const auto& [entry, name] : areas) {
+            s += entry->isChecked() ? name : "";
+        }
+        return s;
+    }
     QPoint centre(int k, int member = 0) {
         const QRect& circle = box(k)->Shape1(member);
         return {circle.left() + circle.width() / 2, circle.top() + circle.height() / 2};
@@ -513,11 +434,8 @@ TEST_F(ProjectOffsetsTest, OpenPutsBackTheMarksTheAreaAndTheStatusStrip) {
     }
     openByDialog(dir.path("h.mon"));
     EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
-    EXPECT_TRUE(form().m.mnuAddOffsets->isChecked());
-    EXPECT_FALSE(form().m.mnuActivateOffsetsMin->isChecked());
-    EXPECT_TRUE(form().m.mnuActivateOffsetsMax->isChecked());
-    EXPECT_FALSE(form().m.mnuActivateOffsetsSame->isChecked());
-    EXPECT_EQ(ignoreChecks(), "0100000000");
+    EXPECT_EQ(choices(), dir.path("h1.png") + " 6 1000000 0100000000 offsets");
+    EXPECT_EQ(area(), "max");
     EXPECT_EQ(centre(1), QPoint(13, 13));
     EXPECT_EQ(centre(3), QPoint(9, 19));
     EXPECT_EQ(centre(3, 1), QPoint(9, 19));  // the inner circle stays concentric
@@ -533,36 +451,22 @@ TEST_F(ProjectOffsetsTest, OpenPutsBackTheMarksTheAreaAndTheStatusStrip) {
     EXPECT_EQ(state.propertiesString, text.substr(11));
 }
 
-TEST_F(ProjectOffsetsTest, NoSeriesLoadedShowsTheStripAndPlacesNoMark) {
+// With nothing loaded, Open touches no ignore entry and places no mark: the marks of
+// the series the project loads stand at their design places.
+TEST_F(ProjectOffsetsTest, NoSeriesLoadedShowsTheStripAndTouchesNoMarkNorIgnoreEntry) {
     makeOffsetMontage();
     saveAs(dir.path("h.mon"));
+    const QImage stored = montage();
     startAfresh();
     ASSERT_EQ(state.imageCount, 0);
     openByDialog(dir.path("h.mon"));
-    // The marks of the series loaded by the project stand at their design places.
     EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
-    EXPECT_TRUE(form().m.mnuAddOffsets->isChecked());
-    EXPECT_TRUE(form().m.mnuActivateOffsetsMax->isChecked());
+    EXPECT_EQ(choices(), dir.path("h1.png") + " 6 1000000 0000000000 offsets");
+    EXPECT_EQ(area(), "max");
     EXPECT_EQ(state.imageCount, 3);
+    EXPECT_EQ(montage(), stored);
     EXPECT_EQ(centre(3), QPoint(13, 13));
     EXPECT_TRUE(form().statusWindow()->isVisible());
-}
-
-TEST_F(ProjectOffsetsTest, ImageOneMarkAtXZeroReadsAsNoOffsets) {
-    makeBracket();
-    setFileName(dir.path("h1.png"));
-    form().mnuLoad_Click();
-    form().m.mnuAddOffsets->trigger();
-    writeBytes(dir.path("h.mon"), "[project]\r\n  First file name =" + dir.path("h1.png") +
-                                      "\r\n  Montage method used =0 (x)\r\n  Increment size =6\r\n"
-                                      "  Offset display method =Same\r\n  Image 1 offset X =0\r\n"
-                                      "  Image 1 offset Y =13\r\n  Image 2 offset X =40\r\n");
-    savePicture(testing::patternPicture(64, 48, 1), dir.path("h.qvz"), "BMP");
-    openByDialog(dir.path("h.mon"));
-    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
-    EXPECT_FALSE(form().m.mnuAddOffsets->isChecked());
-    EXPECT_FALSE(form().statusWindow()->isVisible());
-    EXPECT_FALSE(box(1)->marksVisible());
 }
 
 // The batch front writes a project that the window program opens to the same picture
@@ -590,9 +494,9 @@ TEST_F(ProjectOffsetsTest, CliRoundTripMatchesTheWindowProgram) {
     openByDialog(dir.path("p.mon"));
     EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
     EXPECT_EQ(bmp(dir.path("out.bmp")), montage());
-    EXPECT_EQ(again.str(), state.propertiesString);
-    EXPECT_EQ(checkedMethods(), "0000100");
-    EXPECT_TRUE(form().m.mnuActivateOffsetsMax->isChecked());
+    EXPECT_EQ(state.propertiesString, again.str());
+    EXPECT_EQ(choices(), dir.path("h1.png") + " 6 0000100 0000000000 offsets");
+    EXPECT_EQ(area(), "max");
     EXPECT_EQ(centre(2), QPoint(18, 10));
 }
 

@@ -1,22 +1,25 @@
 #include "persistence/project_file.h"
 
-#include <unistd.h>
-
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <sstream>
 
 #include "core/runtime_error.h"
 #include "engine/properties_report.h"
 #include "support/full_disk.h"
 #include "support/locked_folder.h"
+#include "support/persistence_files.h"
 
 namespace lumiquilt {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::errorNumber;
+using testing::fileBytes;
+using Steps = std::vector<std::string>;
 
 const std::string kData = std::string(LUMIQUILT_TEST_DATA) + "/projects/";
 
@@ -24,49 +27,39 @@ const std::string kData = std::string(LUMIQUILT_TEST_DATA) + "/projects/";
 class RecordingRestore : public ProjectRestore {
   public:
     explicit RecordingRestore(int count) : count(count) {}
-    void setFirstFileName(const std::string& text) override { note("file " + text); }
-    void uncheckMethods() override { note("uncheck methods"); }
-    void checkMethod(int index) override { note("method " + std::to_string(index)); }
-    void setIncrementText(const std::string& text) override { note("increment " + text); }
+    void setFirstFileName(const std::string& text) override { steps.push_back("file " + text); }
+    void uncheckMethods() override { steps.push_back("uncheck methods"); }
+    void checkMethod(int index) override { steps.push_back("method " + std::to_string(index)); }
+    void setIncrementText(const std::string& text) override {
+        steps.push_back("increment " + text);
+    }
     int imageCount() const override { return count; }
-    void offsetsOn() override { note("offsets on"); }
+    void offsetsOn() override { steps.push_back("offsets on"); }
     void placeMark(int n, double x, double y) override {
         std::ostringstream s;
         s << "mark " << n << " " << x << " " << y;
-        note(s.str());
+        steps.push_back(s.str());
     }
-    void marksPlaced() override { note("marks placed"); }
+    void marksPlaced() override { steps.push_back("marks placed"); }
     void setOffsetDisplay(OffsetDisplay display) override {
-        note(display == OffsetDisplay::minimum   ? "display minimum"
-             : display == OffsetDisplay::maximum ? "display maximum"
-                                                 : "display same");
+        steps.push_back(display == OffsetDisplay::minimum   ? "display minimum"
+                        : display == OffsetDisplay::maximum ? "display maximum"
+                                                            : "display same");
     }
-    void offsetsOff() override { note("offsets off"); }
+    void offsetsOff() override { steps.push_back("offsets off"); }
     void setIgnored(int index, bool ignored) override {
         if (ignored) {
-            note("ignore " + std::to_string(index + 1));
+            steps.push_back("ignore " + std::to_string(index + 1));
         }
         ++ignoreEntries;
     }
 
-    std::vector<std::string> steps;
+    Steps steps;
     int ignoreEntries = 0;
 
   private:
-    void note(const std::string& step) { steps.push_back(step); }
     int count;
 };
-
-std::string bytesOf(const std::string& name) {
-    std::ifstream in(name, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
-}
-
-void putBytes(const std::string& name, const std::string& bytes) {
-    std::ofstream(name, std::ios::binary) << bytes;
-}
 
 // Writes a companion picture's bytes as the window side will, failing loudly.
 void writePicture(const std::string& name, const std::string& bytes) {
@@ -100,35 +93,21 @@ ReportInputs sampleRun() {
     return in;
 }
 
-class ProjectFileTest : public ::testing::Test {
+class ProjectFileTest : public testing::ScratchFolderTest {
   protected:
-    void SetUp() override {
-        m_dir = fs::temp_directory_path() /
-                ("lumiquilt_project_" + std::to_string(::getpid()) + "_" +
-                 ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(m_dir);
-        fs::create_directories(m_dir);
-    }
-    void TearDown() override {
-        fs::permissions(m_dir, fs::perms::owner_all, fs::perm_options::add);
-        fs::remove_all(m_dir);
-    }
-    std::string path(const std::string& name) const { return (m_dir / name).string(); }
-    std::vector<std::string> folderEntries() const {
-        std::vector<std::string> names;
-        for (const auto& entry : fs::directory_iterator(m_dir)) {
-            names.push_back(entry.path().filename().string());
-        }
-        std::sort(names.begin(), names.end());
-        return names;
-    }
     void save(const std::string& name, const std::string& text, const std::string& picture) {
         ProjectSave s(name);
         s.writeText(text);
         s.writeCompanion([&](const std::string& temporary) { writePicture(temporary, picture); });
         s.commit();
     }
-    fs::path m_dir;
+    void saveOld() { save(path("job.mon"), "old report\r\n", "old picture"); }
+    // The pair saveOld wrote, byte for byte, and nothing else in the folder.
+    void expectOldPair() {
+        EXPECT_EQ(fileBytes(path("job.mon")), "[project]\r\nold report\r\n\r\n");
+        EXPECT_EQ(fileBytes(path("job.qvz")), "old picture");
+        EXPECT_EQ(entries(), (Steps{"job.mon", "job.qvz"}));
+    }
 };
 
 TEST(ProjectNames, ProposalCompanionAndRecentItem) {
@@ -168,20 +147,22 @@ TEST(ProjectLists, NumbersStandAsWholeItems) {
     EXPECT_FALSE(listHoldsNumber("12abc, ,", 12));
 }
 
-TEST_F(ProjectFileTest, SavedBytesAreTheHeadTheReportAndOneMoreLineEnd) {
+TEST_F(ProjectFileTest, SaveReplacesBothFilesByTheHeadTheReportAndOneMoreLineEnd) {
+    saveOld();
     const std::string report = setPropertiesString(sampleRun());
     save(path("job.mon"), report, "BM picture");
-    EXPECT_EQ(bytesOf(path("job.mon")), "[project]\r\n" + report + "\r\n");
-    EXPECT_EQ(bytesOf(path("job.qvz")), "BM picture");
-    EXPECT_EQ(folderEntries(), (std::vector<std::string>{"job.mon", "job.qvz"}));
+    EXPECT_EQ(fileBytes(path("job.mon")), "[project]\r\n" + report + "\r\n");
+    EXPECT_EQ(fileBytes(path("job.qvz")), "BM picture");
+    EXPECT_EQ(entries(), (Steps{"job.mon", "job.qvz"}));
 }
 
-TEST_F(ProjectFileTest, OpenRestoresTheRunInItsOrder) {
-    save(path("job.mon"), setPropertiesString(sampleRun()), "BM");
+TEST_F(ProjectFileTest, OpenRestoresTheRunInItsOrderAndTheTextGrowsWithEachSave) {
+    const std::string report = setPropertiesString(sampleRun());
+    save(path("job.mon"), report, "BM");
     RecordingRestore target(12);
     restoreProject(path("job.mon"), target);
-    std::vector<std::string> expected = {"file /pics/scene1.jpg", "uncheck methods", "method 3",
-                                         "increment 20", "offsets on"};
+    Steps expected = {"file /pics/scene1.jpg", "uncheck methods", "method 3", "increment 20",
+                      "offsets on"};
     for (int n = 1; n <= 12; ++n) {
         // Ignored images have no lines: their marks go to 0, 0.
         const bool ignored = n == 2 || n == 10;
@@ -192,11 +173,7 @@ TEST_F(ProjectFileTest, OpenRestoresTheRunInItsOrder) {
     EXPECT_EQ(target.steps, expected);
     // More than ten images loaded: only the ten ignore entries are touched.
     EXPECT_EQ(target.ignoreEntries, 10);
-}
 
-TEST_F(ProjectFileTest, OpenedTextIsTheReportAndOneMoreLineEndAndGrowsWithEachSave) {
-    const std::string report = setPropertiesString(sampleRun());
-    save(path("job.mon"), report, "BM");
     const ProjectText opened = readProjectText(path("job.mon"));
     EXPECT_EQ(opened.propertiesString, report + "\r\n");
     EXPECT_EQ(opened.usedCaption, "1 1 3\r\n3 12 1\r\n\r\n\r\n");
@@ -211,7 +188,7 @@ struct RestoreRow {
     std::vector<int> ignored;
     bool offsets;
     int loadedBefore;
-    std::vector<std::string> expectedTail;
+    Steps expectedTail;
     int ignoreEntries;
 };
 
@@ -229,8 +206,7 @@ TEST_P(RestoreCases, StepsAfterTheIncrement) {
     save(path("job.mon"), setPropertiesString(run), "BM");
     RecordingRestore target(row.loadedBefore);
     restoreProject(path("job.mon"), target);
-    const std::vector<std::string> tail(target.steps.begin() + 4, target.steps.end());
-    EXPECT_EQ(tail, row.expectedTail);
+    EXPECT_EQ(Steps(target.steps.begin() + 4, target.steps.end()), row.expectedTail);
     EXPECT_EQ(target.ignoreEntries, row.ignoreEntries);
 }
 
@@ -251,33 +227,21 @@ INSTANTIATE_TEST_SUITE_P(
         RestoreRow{"IgnoredImageOneMeansNoOffsets", {1}, true, 3, {"offsets off", "ignore 1"}, 3}),
     [](const ::testing::TestParamInfo<RestoreRow>& info) { return info.param.name; });
 
-TEST_F(ProjectFileTest, AMethodOutsideTheMenuStopsAfterUncheckingTheMethods) {
-    RecordingRestore target(3);
-    try {
-        restoreProject(kData + "method_nine.mon", target);
-        FAIL() << "no error";
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.number(), 9);
-    }
-    EXPECT_EQ(target.steps, (std::vector<std::string>{"file /pics/scene1.jpg", "uncheck methods"}));
-}
-
-TEST_F(ProjectFileTest, AMethodBeyondSixteenBitsOverflows) {
-    putBytes(path("big.mon"), "[project]\r\n  Montage method used =70000 (x)\r\n");
-    RecordingRestore target(0);
-    try {
-        restoreProject(path("big.mon"), target);
-        FAIL() << "no error";
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.number(), 6);
-    }
+TEST_F(ProjectFileTest, AMethodOutsideTheMenuOrBeyondSixteenBitsStopsAfterUncheckingMethods) {
+    RecordingRestore nine(3);
+    EXPECT_EQ(errorNumber([&] { restoreProject(kData + "method_nine.mon", nine); }), 9);
+    EXPECT_EQ(nine.steps, (Steps{"file /pics/scene1.jpg", "uncheck methods"}));
+    testing::putFile(path("big.mon"), "[project]\r\n  Montage method used =70000 (x)\r\n");
+    RecordingRestore big(0);
+    EXPECT_EQ(errorNumber([&] { restoreProject(path("big.mon"), big); }), 6);
+    EXPECT_EQ(big.steps, (Steps{"file 0", "uncheck methods"}));
 }
 
 // Project files a user may pick by mistake or a crash may leave: the values read
 // or the default "0", and never a crash or a hang.
 struct HostileProjectRow {
     const char* file;
-    std::vector<std::string> steps;
+    Steps steps;
     size_t textLines;
 };
 
@@ -288,28 +252,26 @@ TEST_P(HostileProjects, OpenReadsValuesOrDefaults) {
     RecordingRestore target(3);
     restoreProject(kData + row.file, target);
     EXPECT_EQ(target.steps, row.steps);
-    const ProjectText text = readProjectText(kData + row.file);
+    const std::string text = readProjectText(kData + row.file).propertiesString;
     size_t lines = 0;
-    for (size_t p = text.propertiesString.find("\r\n"); p != std::string::npos;
-         p = text.propertiesString.find("\r\n", p + 2)) {
+    for (size_t p = text.find("\r\n"); p != std::string::npos; p = text.find("\r\n", p + 2)) {
         ++lines;
     }
     EXPECT_EQ(lines, row.textLines);
 }
 
-const std::vector<std::string> kDefaults = {"file 0", "uncheck methods", "method 0", "increment 0",
-                                            "offsets off"};
-const std::vector<std::string> kGood = {"file /pics/scene1.jpg",
-                                        "uncheck methods",
-                                        "method 3",
-                                        "increment 20",
-                                        "offsets on",
-                                        "mark 1 12 -4",
-                                        "mark 2 0 0",
-                                        "mark 3 10 7",
-                                        "marks placed",
-                                        "display minimum",
-                                        "ignore 2"};
+const Steps kDefaults = {"file 0", "uncheck methods", "method 0", "increment 0", "offsets off"};
+const Steps kGood = {"file /pics/scene1.jpg",
+                     "uncheck methods",
+                     "method 3",
+                     "increment 20",
+                     "offsets on",
+                     "mark 1 12 -4",
+                     "mark 2 0 0",
+                     "mark 3 10 7",
+                     "marks placed",
+                     "display minimum",
+                     "ignore 2"};
 
 INSTANTIATE_TEST_SUITE_P(Files, HostileProjects,
                          ::testing::Values(HostileProjectRow{"good.mon", kGood, 17},
@@ -338,19 +300,19 @@ TEST(HostileProject, NulBytesCutTheValues) {
 
 TEST_F(ProjectFileTest, TenMegabyteLinesAndManyShortLinesReadInOnePass) {
     const std::string big(10 * 1024 * 1024, 'q');
-    putBytes(path("big.mon"), "[project]\r\n  Increment size =" + big + "\r\n" + big +
-                                  "\r\n  Montage made from dominant image numbers:\r\n1 2\r\n");
+    testing::putFile(path("big.mon"),
+                     "[project]\r\n  Increment size =" + big + "\r\n" + big +
+                         "\r\n  Montage made from dominant image numbers:\r\n1 2\r\n");
     RecordingRestore target(0);
     restoreProject(path("big.mon"), target);
     EXPECT_EQ(target.steps[3], "increment " + std::string(254, 'q'));
-    const ProjectText text = readProjectText(path("big.mon"));
-    EXPECT_EQ(text.usedCaption, "1 2\r\n");
+    EXPECT_EQ(readProjectText(path("big.mon")).usedCaption, "1 2\r\n");
 
     std::string many = "[project]\r\n";
     for (int i = 0; i < 2'000'000; ++i) {
         many += "x\n";
     }
-    putBytes(path("many.mon"), many);
+    testing::putFile(path("many.mon"), many);
     EXPECT_EQ(readProjectText(path("many.mon")).propertiesString.size(), 6'000'000u);
 }
 
@@ -360,95 +322,66 @@ TEST_F(ProjectFileTest, MissingOrFolderProjectIsAnError) {
     EXPECT_THROW(readProjectText(path("dir.mon")), RuntimeError);
 }
 
-TEST_F(ProjectFileTest, SavingOverAnExistingProjectReplacesBothFiles) {
-    save(path("job.mon"), "old report\r\n", "old picture");
-    save(path("job.mon"), "new report\r\n", "new picture");
-    EXPECT_EQ(bytesOf(path("job.mon")), "[project]\r\nnew report\r\n\r\n");
-    EXPECT_EQ(bytesOf(path("job.qvz")), "new picture");
-    EXPECT_EQ(folderEntries(), (std::vector<std::string>{"job.mon", "job.qvz"}));
-}
-
 // One row: where the save fails, and the error it gives.
 struct FailedSaveRow {
     const char* name;
-    long fileLimit;  // bytes a file may grow to, as on a full disk; 0 for no limit
+    long fileLimit;  // bytes a file may grow to, as on a full disk
     bool pictureFails;
-    int error;
 };
 
 class FailedSaves : public ProjectFileTest, public ::testing::WithParamInterface<FailedSaveRow> {};
 
 TEST_P(FailedSaves, LeaveTheOldProjectByteForByte) {
-    const FailedSaveRow& row = GetParam();
-    save(path("job.mon"), "old report\r\n", "old picture");
-    const std::string text(4000, 'r');
-    const std::string picture(row.pictureFails ? 100000 : 10, 'p');
-    const int error = testing::withFullDisk(row.fileLimit, [&] {
-        try {
-            save(path("job.mon"), text, picture);
-            return 0;
-        } catch (const RuntimeError& e) {
-            return e.number();
-        }
-    });
-    EXPECT_EQ(error, row.error);
-    EXPECT_EQ(bytesOf(path("job.mon")), "[project]\r\nold report\r\n\r\n");
-    EXPECT_EQ(bytesOf(path("job.qvz")), "old picture");
-    EXPECT_EQ(folderEntries(), (std::vector<std::string>{"job.mon", "job.qvz"}));
+    saveOld();
+    const std::string picture(GetParam().pictureFails ? 100000 : 10, 'p');
+    EXPECT_EQ(testing::withFullDisk(GetParam().fileLimit,
+                                    [&] {
+                                        return errorNumber([&] {
+                                            save(path("job.mon"), std::string(4000, 'r'), picture);
+                                        });
+                                    }),
+              kDiskFull);
+    expectOldPair();
 }
 
 INSTANTIATE_TEST_SUITE_P(FullDisk, FailedSaves,
-                         ::testing::Values(FailedSaveRow{"ProjectFileFull", 1000, false, 61},
-                                           FailedSaveRow{"PictureFull", 50000, true, 61}),
+                         ::testing::Values(FailedSaveRow{"ProjectFileFull", 1000, false},
+                                           FailedSaveRow{"PictureFull", 50000, true}),
                          [](const ::testing::TestParamInfo<FailedSaveRow>& info) {
                              return info.param.name;
                          });
 
 TEST_F(ProjectFileTest, ReadOnlyTargetsAreRefusedBeforeAnythingIsWritten) {
     for (const char* locked : {"job.mon", "job.qvz"}) {
-        save(path("job.mon"), "old report\r\n", "old picture");
+        saveOld();
         fs::permissions(path(locked), fs::perms::owner_read, fs::perm_options::replace);
-        try {
-            ProjectSave s(path("job.mon"));
-            FAIL() << locked << ": no error";
-        } catch (const RuntimeError& e) {
-            EXPECT_EQ(e.number(), 70) << locked;
-        }
+        EXPECT_EQ(errorNumber([&] { ProjectSave s(path("job.mon")); }), 70) << locked;
         fs::permissions(path(locked), fs::perms::owner_read | fs::perms::owner_write,
                         fs::perm_options::replace);
-        EXPECT_EQ(bytesOf(path("job.mon")), "[project]\r\nold report\r\n\r\n");
-        EXPECT_EQ(folderEntries(), (std::vector<std::string>{"job.mon", "job.qvz"}));
+        expectOldPair();
     }
 }
 
 TEST_F(ProjectFileTest, AReadOnlyFolderLeavesTheOldProject) {
-    save(path("job.mon"), "old report\r\n", "old picture");
+    saveOld();
     testing::LockedFolder lock(m_dir.string());
     if (!lock.locked()) {
         GTEST_SKIP() << "this user may write into any folder";
     }
-    try {
-        save(path("job.mon"), "new report\r\n", "new picture");
-        FAIL() << "no error";
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.number(), 70);
-    }
+    EXPECT_EQ(errorNumber([&] { save(path("job.mon"), "new report\r\n", "new picture"); }), 70);
     lock.unlock();
-    EXPECT_EQ(bytesOf(path("job.mon")), "[project]\r\nold report\r\n\r\n");
-    EXPECT_EQ(bytesOf(path("job.qvz")), "old picture");
-    EXPECT_EQ(folderEntries(), (std::vector<std::string>{"job.mon", "job.qvz"}));
+    expectOldPair();
 }
 
 TEST_F(ProjectFileTest, AFailedPictureWriterLeavesNoTemporaryFile) {
-    save(path("job.mon"), "old report\r\n", "old picture");
+    saveOld();
     {
         ProjectSave s(path("job.mon"));
         s.writeText("new report\r\n");
         EXPECT_THROW(s.writeCompanion([](const std::string&) {}), RuntimeError);  // wrote nothing
         EXPECT_THROW(s.commit(), RuntimeError);
     }
-    EXPECT_EQ(bytesOf(path("job.qvz")), "old picture");
-    EXPECT_EQ(folderEntries(), (std::vector<std::string>{"job.mon", "job.qvz"}));
+    expectOldPair();
 }
 
 }  // namespace

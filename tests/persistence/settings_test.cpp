@@ -2,31 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
+#include "support/persistence_files.h"
 
 namespace lumiquilt {
 namespace {
 
 namespace fs = std::filesystem;
 
-class SettingsTest : public ::testing::Test {
+class SettingsTest : public testing::ScratchFolderTest {
   protected:
     void SetUp() override {
-        m_path = (fs::temp_directory_path() /
-                  ("lumiquilt_settings_" + std::to_string(::getpid()) + ".ini"))
-                     .string();
-        fs::remove(m_path);
+        ScratchFolderTest::SetUp();
+        m_path = path("Lumiquilt.ini");
     }
-    void TearDown() override { fs::remove(m_path); }
     std::string m_path;
 };
-
-TEST_F(SettingsTest, MissingKeysReadAsZero) {
-    Settings settings(m_path);
-    EXPECT_EQ(settings.readKey("Increment"), "0");
-    EXPECT_EQ(settings.readNumber("Montage method"), 0);
-}
 
 TEST_F(SettingsTest, RecentListMovesItemsUpWithoutDoubling) {
     Settings settings(m_path);
@@ -57,8 +47,9 @@ TEST_F(SettingsTest, RecentListMovesItemsUpWithoutDoubling) {
 }
 
 TEST_F(SettingsTest, ForgetEmptiesEntriesInPlace) {
-    std::ofstream(m_path) << "[preferences]\nrecent file 0=/a/x1.jpg\nrecent file 1=0\n"
-                             "recent file 2=/a/gone1.jpg\nrecent file 3=/a/y1.jpg\n";
+    testing::putFile(m_path,
+                     "[preferences]\nrecent file 0=/a/x1.jpg\nrecent file 1=0\n"
+                     "recent file 2=/a/gone1.jpg\nrecent file 3=/a/y1.jpg\n");
     Settings settings(m_path);
     RecentFiles recent;
     recent.load(settings);
