@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <exception>
 #include <thread>
 
 #include "core/numbers.h"
@@ -205,35 +206,32 @@ int16_t nextCounter(int16_t value, int16_t step) {
     return checkedInt16(static_cast<long long>(value) + step);
 }
 
-}  // namespace
+// One row of blocks: each block corner's winner, and its block copied into slot 100.
+class BlockRows {
+  public:
+    BlockRows(ProgramState& state, int16_t rowShift, const MeasureErrorFn& onMeasureError)
+        : m_state(state),
+          m_measures(state, onMeasureError),
+          m_rowShift(rowShift),
+          m_increment(state.increment),
+          m_xLimit(toInt16(state.imageWidth - 1)),
+          m_imageCount(std::min<int16_t>(state.imageCount, state.buffers.seriesMaxImage)) {}
 
-void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDone,
-                  const MeasureErrorFn& onMeasureError) {
-    PixelBuffers& b = state.buffers;
-    const int16_t increment = state.increment;
-    if (increment < 1) {
-        throw RuntimeError(kInvalidProcedureCall);
-    }
-    const int16_t yLimit = toInt16(state.imageHeight);
-    const int16_t xLimit = toInt16(state.imageWidth - 1);
-    const int16_t imageCount = std::min<int16_t>(state.imageCount, b.seriesMaxImage);
-    const MeasureContext measures(state, onMeasureError);
-    std::vector<BlockCopy> copies;
-
-    for (int16_t y0 = 0; y0 <= yLimit;) {
+    void run(int16_t y0, std::vector<BlockCopy>& copies) const {
         copies.clear();
-        for (int16_t x0 = 0; x0 <= xLimit;) {
+        const PixelBuffers& b = m_state.buffers;
+        for (int16_t x0 = 0; x0 <= m_xLimit;) {
             float best = kBestStart;
             int winner = 0;
             bool winnerHasSample = false;
             int16_t wx = 0;
             int16_t wy = 0;
-            for (int16_t k = 1; k <= imageCount; ++k) {
+            for (int16_t k = 1; k <= m_imageCount; ++k) {
                 int16_t sx = wx;
                 int16_t sy = wy;
                 bool written = false;
-                const float measure = measures.measure(
-                    x0, checkedInt16(static_cast<long long>(y0) + rowShift), k, sx, sy, written);
+                const float measure = m_measures.measure(
+                    x0, checkedInt16(static_cast<long long>(y0) + m_rowShift), k, sx, sy, written);
                 if (measure > best) {
                     winner = k;
                     best = measure;
@@ -248,7 +246,7 @@ void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDo
             // position: its block is left as it was.
             BlockCopy copy{};
             if (winner > 0 && winnerHasSample &&
-                clipBlock(b, winner, x0, y0, increment, wx - x0, wy - y0, copy)) {
+                clipBlock(b, winner, x0, y0, m_increment, wx - x0, wy - y0, copy)) {
                 // A block that goes on where its left neighbour's source ends joins it.
                 BlockCopy* last = copies.empty() ? nullptr : &copies.back();
                 if (last != nullptr && last->source + last->runBytes == copy.source &&
@@ -260,19 +258,113 @@ void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDo
                     copies.push_back(copy);
                 }
             }
-            if (x0 > xLimit - increment) {
+            if (x0 > m_xLimit - m_increment) {
                 break;
             }
-            x0 = nextCounter(x0, increment);
+            x0 = nextCounter(x0, m_increment);
         }
-        copyBlockRow(b, copies);
-        if (rowDone) {
-            rowDone(y0);
+        copyBlockRow(m_state.buffers, copies);
+    }
+
+    // True when no row can fail: every sample position and every shifted row stays
+    // in 16 bits. Each is linear in the corner, so the first and last corners decide.
+    bool cannotFail(int16_t lastY0) const {
+        auto fits = [](long long v) { return v >= INT16_MIN && v <= INT16_MAX; };
+        const long long lastX0 = m_xLimit < 0 ? 0 : m_xLimit / m_increment * m_increment;
+        const long long yFirst = m_rowShift;
+        const long long yLast = static_cast<long long>(lastY0) + m_rowShift;
+        if (!fits(yFirst) || !fits(yLast)) {
+            return false;
         }
+        for (int k = 1; k <= m_imageCount; ++k) {
+            if (m_state.isIgnored(k)) {
+                continue;
+            }
+            const long long baseX =
+                static_cast<long long>(m_state.offsetX(k)) - m_state.offsetBaseX;
+            const long long baseY =
+                static_cast<long long>(m_state.offsetBaseY) - m_state.offsetY(k);
+            if (!fits(baseX) || !fits(baseX + lastX0) || !fits(baseY + yFirst) ||
+                !fits(baseY + yLast)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+  private:
+    ProgramState& m_state;
+    const MeasureContext m_measures;
+    int16_t m_rowShift;
+    int16_t m_increment;
+    int16_t m_xLimit;
+    int16_t m_imageCount;
+};
+
+}  // namespace
+
+void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDone,
+                  const MeasureErrorFn& onMeasureError) {
+    PixelBuffers& b = state.buffers;
+    const int16_t increment = state.increment;
+    if (increment < 1) {
+        throw RuntimeError(kInvalidProcedureCall);
+    }
+    const int16_t yLimit = toInt16(state.imageHeight);
+    const BlockRows blocks(state, rowShift, onMeasureError);
+
+    // The rows' corners; stepping stops at the last corner that still leaves a whole
+    // increment below yLimit, so it never leaves 16 bits.
+    std::vector<int16_t> rows;
+    for (int16_t y0 = 0; y0 <= yLimit;) {
+        rows.push_back(y0);
         if (y0 > yLimit - increment) {
             break;
         }
         y0 = nextCounter(y0, increment);
+    }
+
+    // Rows of blocks never share a byte of slot 100, so a second core can take the
+    // lower half when no row can fail: a failure mid-way must leave the rows after it
+    // as they were, and its message must come in its turn.
+    constexpr std::size_t kMontageWorthASecondThread = 2u << 20;
+    const bool twoCores = rows.size() >= 2 &&
+                          b.montageRowBytes() * static_cast<std::size_t>(b.montageMaxY + 1) >=
+                              kMontageWorthASecondThread &&
+                          blocks.cannotFail(rows.back());
+    const std::size_t split = twoCores ? rows.size() / 2 : rows.size();
+    std::exception_ptr lowerFailed;
+    std::size_t lowerEnd = split;  // the rows below this one are done
+    std::jthread lower;
+    if (twoCores) {
+        lower = std::jthread([&] {
+            try {
+                std::vector<BlockCopy> copies;
+                for (; lowerEnd < rows.size(); ++lowerEnd) {
+                    blocks.run(rows[lowerEnd], copies);
+                }
+            } catch (...) {
+                lowerFailed = std::current_exception();
+            }
+        });
+    }
+    std::vector<BlockCopy> copies;
+    for (std::size_t i = 0; i < split; ++i) {
+        blocks.run(rows[i], copies);
+        if (rowDone) {
+            rowDone(rows[i]);
+        }
+    }
+    if (twoCores) {
+        lower.join();
+        for (std::size_t i = split; i < lowerEnd; ++i) {
+            if (rowDone) {
+                rowDone(rows[i]);
+            }
+        }
+        if (lowerFailed) {
+            std::rethrow_exception(lowerFailed);
+        }
     }
 }
 

@@ -67,7 +67,9 @@ using BlockRowFn = std::function<void(int16_t y0)>;
 
 /// The block loop: for each block corner, the image with the strictly highest
 /// measure (the lower number on a tie) gives the whole block to slot 100. A failure
-/// of a measure is told to onMeasureError and the loop goes on.
+/// of a measure is told to onMeasureError and the loop goes on. A large montage
+/// that cannot fail is shared with a second thread; rowDone and onMeasureError are
+/// still called on the calling thread, in the order of the rows.
 void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDone,
                   const MeasureErrorFn& onMeasureError = nullptr);
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "core/runtime_error.h"
@@ -406,6 +407,19 @@ TEST(BlockLoop, RunsOfBlocksCopyWhatThePlainLoopCopies) {
         {"TwentyCutRows", 97, 61, 104, 72, 20, {{0, 0}, {4, -11}, {-6, 13}, {1, 2}}, 6, 13, 0, 0},
         {"ShiftedRows", 64, 48, 64, 40, 11, {{0, 0}, {0, -5}, {3, 6}}, 0, 6, 5, 4},
         {"OneBlockWider", 30, 20, 30, 20, 64, {{0, 0}, {-2, 3}}, 0, 3, 0, 5},
+        // Large enough for the lower rows to go to a second core.
+        {"TwoCores", 1700, 1710, 1696, 1700, 20, {{0, 0}, {3, -2}, {-1, 4}}, 0, 4, 3, 0},
+        {"TwoCoresOneImageOutOfReach",
+         1700,
+         1700,
+         1700,
+         1700,
+         20,
+         {{0, 0}, {32767, 0}},
+         0,
+         0,
+         0,
+         1},
     };
     for (const RunRow& r : rows) {
         const int images = static_cast<int>(r.offsets.size());
@@ -434,8 +448,25 @@ TEST(BlockLoop, RunsOfBlocksCopyWhatThePlainLoopCopies) {
         const std::vector<uint8_t> want(s.buffers.montageSlot(100),
                                         s.buffers.montageSlot(100) + bytes);
         std::memset(s.buffers.montageSlot(100), 0xab, bytes);
-        runBlockLoop(s, r.rowShift, nullptr);
+        // Each row of blocks is told once, in order, and only when it stands finished.
         const uint8_t* got = s.buffers.montageSlot(100);
+        std::vector<int> told;
+        size_t unfinished = 0;
+        runBlockLoop(s, r.rowShift, [&](int16_t y0) {
+            told.push_back(y0);
+            const size_t rowBytes = s.buffers.montageRowBytes();
+            const size_t first = static_cast<size_t>(y0) * rowBytes;
+            const size_t end = std::min(bytes, first + static_cast<size_t>(r.increment) * rowBytes);
+            for (size_t i = first; i < end; ++i) {
+                unfinished += got[i] != want[i] ? 1 : 0;
+            }
+        });
+        std::vector<int> expectedRows;
+        for (int y0 = 0; y0 <= r.montageHeight; y0 += r.increment) {
+            expectedRows.push_back(y0);
+        }
+        EXPECT_EQ(told, expectedRows) << r.name;
+        EXPECT_EQ(unfinished, 0u) << r.name;
         size_t differing = 0;
         size_t copied = 0;
         for (size_t i = 0; i < bytes; ++i) {
