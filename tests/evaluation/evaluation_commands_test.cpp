@@ -67,6 +67,20 @@ class EvaluationCommandsTest : public UiTest {
     QImage picture(PictureWindow* w) {
         return w->PictureFile->picture().convertToFormat(QImage::Format_RGB888);
     }
+    QImage written(const std::string& name) {
+        return QImage(QString::fromStdString(dir.path(name)))
+            .convertToFormat(QImage::Format_RGB888);
+    }
+    // A series s1.png .. of count pictures named in the field, the increment typed (if
+    // any) and one method ticked.
+    void prepare(int count, int width, int height, const char* increment, int method) {
+        makeSeries("s", count, width, height);
+        setFileName(dir.path("s1.png"));
+        if (increment != nullptr) {
+            setIncrement(increment);
+        }
+        form().m.mnusimpleCol[static_cast<size_t>(method)]->trigger();
+    }
 };
 
 TEST_F(EvaluationCommandsTest, CompareLeavesSevenWindowsAndNamesTheBest) {
@@ -89,7 +103,10 @@ TEST_F(EvaluationCommandsTest, CompareLeavesSevenWindowsAndNamesTheBest) {
         }
     }
     EXPECT_EQ(state.bestMethod, bestMethod);
+    // Scored at 10, whatever the increment the montages are made with.
     EXPECT_EQ(state.bestMeasure, best);
+    EXPECT_NE(best, scoreOf(picture(form().methodWindow(6 - bestMethod)), 7));
+    EXPECT_EQ(state.increment, 7);
     EXPECT_EQ(lastMessage().text,
               "I think the best Montage Method is '" +
                   std::string(kMethodCaptions[static_cast<size_t>(bestMethod)]) + "'.");
@@ -141,16 +158,12 @@ TEST_F(EvaluationCommandsTest, CompareLeavesSevenWindowsAndNamesTheBest) {
     expected += "best " + std::to_string(bestMethod) + " " +
                 std::string(kMethodCaptions[static_cast<size_t>(bestMethod)]) + "\n";
     EXPECT_EQ(cli({"compare", "s1.png", "-i", "7", "-m", "2", "-o", "best.png"}), expected);
-    EXPECT_EQ(
-        QImage(QString::fromStdString(dir.path("best.png"))).convertToFormat(QImage::Format_RGB888),
-        picture(form().montageWindow()));
+    EXPECT_EQ(written("best.png"), picture(form().montageWindow()));
 }
 
 TEST_F(EvaluationCommandsTest, CompareWithTheUsedWindowOffStillStandsInTheStaircase) {
-    makeSeries("s", 2, 30, 20);
     state.showUsedWindow = 0;
-    setFileName(dir.path("s1.png"));
-    form().m.mnusimpleCol[5]->trigger();
+    prepare(2, 30, 20, nullptr, 5);
     form().m.mnuAllMethods->trigger();
     ASSERT_EQ(ui.messages.size(), 1u);
     const int step = state.captionHeight + 2 * state.dialogFrameHeight;
@@ -169,19 +182,6 @@ TEST_F(EvaluationCommandsTest, CompareWithTheUsedWindowOffStillStandsInTheStairc
         EXPECT_FALSE(form().methodWindow(slot)->isVisible()) << slot;
     }
     EXPECT_FALSE(form().m.mnuWindow2[2]->isVisible());
-}
-
-TEST_F(EvaluationCommandsTest, CompareScoresAtTenWhateverTheIncrement) {
-    makeSeries("s", 3, 50, 50);
-    setFileName(dir.path("s1.png"));
-    setIncrement("25");
-    form().m.mnuAllMethods->trigger();
-    ASSERT_EQ(ui.messages.size(), 1u);
-    const float atTen = scoreOf(picture(form().methodWindow(6 - state.bestMethod)), 10);
-    const float atTwentyFive = scoreOf(picture(form().methodWindow(6 - state.bestMethod)), 25);
-    EXPECT_EQ(state.bestMeasure, atTen);
-    EXPECT_NE(atTen, atTwentyFive);
-    EXPECT_EQ(state.increment, 25);  // the montages themselves use the user's increment
 }
 
 TEST_F(EvaluationCommandsTest, CompareGoesOnWhenAFileGoesBetweenPasses) {
@@ -219,10 +219,7 @@ TEST_F(EvaluationCommandsTest, CompareOfAMissingSeriesShowsOnlyTheRunsMessage) {
 }
 
 TEST_F(EvaluationCommandsTest, EvaluateFindsTheIncrementTheCliFinds) {
-    makeSeries("s", 3, 130, 40);
-    setFileName(dir.path("s1.png"));
-    setIncrement("20");
-    form().m.mnusimpleCol[1]->trigger();
+    prepare(3, 130, 40, "20", 1);
     form().CommandGo_Click();  // the run before the command sets the range
     ASSERT_TRUE(ui.messages.empty());
     form().m.mnuEvaluate->trigger();
@@ -248,16 +245,11 @@ TEST_F(EvaluationCommandsTest, EvaluateFindsTheIncrementTheCliFinds) {
     EXPECT_EQ(out.substr(out.find("best ")),
               "best 1 " + std::to_string(state.bestIncrement) + "\n");
     EXPECT_NE(out.find(sixDigits(state.bestMeasure)), std::string::npos);
-    EXPECT_EQ(
-        QImage(QString::fromStdString(dir.path("best.png"))).convertToFormat(QImage::Format_RGB888),
-        picture(form().montageWindow()));
+    EXPECT_EQ(written("best.png"), picture(form().montageWindow()));
 }
 
 TEST_F(EvaluationCommandsTest, EvaluateAllCancelChangesNothing) {
-    makeSeries("s", 2, 130, 40);
-    setFileName(dir.path("s1.png"));
-    setIncrement("15");
-    form().m.mnusimpleCol[4]->trigger();
+    prepare(2, 130, 40, "15", 4);
     form().CommandGo_Click();
     const QImage before = picture(form().montageWindow());
     ui.messageAnswers.push_back(MessageResult::cancel);
@@ -290,16 +282,11 @@ TEST_F(EvaluationCommandsTest, EvaluateAllLeavesTheBestPairSelected) {
     EXPECT_EQ(out.rfind("method 6\nincrement 10 ", 0), 0u) << out;
     EXPECT_EQ(out.substr(out.find("best ")), "best " + std::to_string(state.bestMethod) + " " +
                                                  std::to_string(state.bestIncrement) + "\n");
-    EXPECT_EQ(
-        QImage(QString::fromStdString(dir.path("best.png"))).convertToFormat(QImage::Format_RGB888),
-        picture(form().montageWindow()));
+    EXPECT_EQ(written("best.png"), picture(form().montageWindow()));
 }
 
 TEST_F(EvaluationCommandsTest, EvaluateAllStopsWhenTheSeriesGoesBetweenPasses) {
-    makeSeries("s", 2, 130, 40);
-    setFileName(dir.path("s1.png"));
-    setIncrement("15");
-    form().m.mnusimpleCol[3]->trigger();
+    prepare(2, 130, 40, "15", 3);
     form().CommandGo_Click();
     // The first method loads the series for every increment.
     QTimer remover;
