@@ -71,6 +71,14 @@ class Passes : public testing::ScriptedRoadTest {
         };
     }
     long loads() const { return front.count("load 1"); }
+    // The user's method, increment and typed name are back, and the passes are over.
+    void expectChoicesBack(const std::string& fileName = "s1", const std::string& increment = "4") {
+        EXPECT_EQ(front.ticked(), 2);
+        EXPECT_EQ(front.chosen.incrementText, increment);
+        EXPECT_EQ(front.fileName, fileName);
+        EXPECT_EQ(state.evaluationPass, 0);
+        EXPECT_EQ(state.sizeCheckOff, kFalse);
+    }
 
     ScriptedPasses passes{front};
     std::map<std::pair<int, int>, float> scores;
@@ -106,10 +114,7 @@ TEST_F(Passes, CompareRunsTheSevenMethodsInTheirOrder) {
                   std::string::npos)
             << slot;
     }
-    // The user's method, the pass counter and the typed name are back.
-    EXPECT_EQ(front.ticked(), 2);
-    EXPECT_EQ(state.evaluationPass, 0);
-    EXPECT_EQ(front.fileName, "s1");
+    expectChoicesBack();
     EXPECT_TRUE(front.messages.empty());
 }
 
@@ -121,15 +126,12 @@ TEST_F(Passes, CompareKeepsTheStrictlyLowestScore) {
         int best;
         float measure;
     };
+    const std::array<float, 7> all32000 = {32000, 32000, 32000, 32000, 32000, 32000, 32000};
     const Row rows[] = {
         {"one lowest", {9, 8, 7, 3, 7, 8, 9}, 0, 3, 3},
         {"a tie goes to the method tried first", {9, 9, 2, 9, 2, 9, 9}, 0, 4, 2},
         {"all equal: the first tried", {5, 5, 5, 5, 5, 5, 5}, 0, 6, 5},
-        {"every score at 32000: the best of before stays",
-         {32000, 32000, 32000, 32000, 32000, 32000, 32000},
-         5,
-         5,
-         32000},
+        {"every score at 32000: the best of before stays", all32000, 5, 5, 32000},
         {"above 32000 too", {40000, 33000, 32001, 32000, 99999, 1e9f, 32000.5f}, 1, 1, 32000},
     };
     for (const Row& r : rows) {
@@ -174,9 +176,7 @@ TEST_F(Passes, ComparePassThatStopsEndsTheCommand) {
                   "error 6 (Overflow) at line 1000 of CommandGo | Nobody's Perfect | 1"});
     EXPECT_TRUE(passes.entries("announce ").empty());
     EXPECT_TRUE(passes.entries("best ").empty());
-    EXPECT_EQ(front.ticked(), 2);
-    EXPECT_EQ(state.evaluationPass, 0);
-    EXPECT_EQ(front.fileName, "s1");
+    expectChoicesBack("s1", "99999");  // as the third run found it
     EXPECT_EQ(passes.log.back(), "closed");
 }
 
@@ -189,9 +189,7 @@ TEST_F(Passes, CompareOfAMissingSeriesStopsAtOnce) {
     EXPECT_EQ(front.messages,
               std::vector<std::string>{
                   "So very sorry, but I can't find that file. | roll the dice again | 3"});
-    EXPECT_EQ(front.ticked(), 2);
-    EXPECT_EQ(state.evaluationPass, 0);
-    EXPECT_EQ(front.fileName, "gone1");  // what the user typed, not the completed name
+    expectChoicesBack("gone1");  // what the user typed, not the completed name
 }
 
 TEST(IncrementUpperBound, FromTheWidth) {
@@ -276,8 +274,7 @@ TEST_F(Passes, EvaluateAllAsksFirstAndCancelChangesNothing) {
                   "considerable time.   Do you want to continue? |It's all automatic, but the "
                   "time depends on your computer speed."});
     EXPECT_TRUE(front.runs.empty());
-    EXPECT_EQ(front.ticked(), 2);
-    EXPECT_EQ(front.chosen.incrementText, "4");
+    expectChoicesBack();
     EXPECT_EQ(state.bestMeasure, 3.0f);
     EXPECT_EQ(state.bestMethod, 4);
 }
@@ -333,12 +330,7 @@ TEST_F(Passes, EvaluateAllStopsWhenAMemberGoesMissingBetweenPasses) {
               std::vector<std::string>{
                   "So very sorry, but I can't find that file. | roll the dice again | 3"});
     EXPECT_TRUE(passes.entries("announce ").empty());
-    // The user's choices come back.
-    EXPECT_EQ(front.ticked(), 2);
-    EXPECT_EQ(front.chosen.incrementText, "4");
-    EXPECT_EQ(front.fileName, "s1");
-    EXPECT_EQ(state.evaluationPass, 0);
-    EXPECT_EQ(state.sizeCheckOff, kFalse);
+    expectChoicesBack();
 }
 
 TEST(EvaluationMessages, Texts) {
