@@ -248,85 +248,6 @@ TEST(Cli, OneImageGivesThePictureBack) {
     EXPECT_EQ(picture(dir, "m.jpeg").size(), small.size());
 }
 
-// "name 12.345678" gives 12.345678; false when the line isn't that shape.
-bool scoreOfLine(const std::string& line, const std::string& head, double& score) {
-    if (line.rfind(head, 0) != 0) {
-        return false;
-    }
-    const std::string number = line.substr(head.size());
-    const size_t dot = number.find('.');
-    if (dot == std::string::npos || number.size() - dot - 1 != 6) {
-        return false;
-    }
-    score = std::stod(number);
-    return true;
-}
-
-// The lines of a run's standard output.
-std::vector<std::string> linesOf(const std::string& out) {
-    std::vector<std::string> lines;
-    std::istringstream in(out);
-    for (std::string line; std::getline(in, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
-
-TEST(Cli, CompareRunsTheSevenMethodsAndWritesTheBest) {
-    TestFolder dir;
-    makeSeries(dir, 3, 50, 40);
-    const CliRun r = cli("compare s1.png -i 8 -o best.png --report - --score", dir.root());
-    ASSERT_EQ(r.code, 0) << r.err;
-    const std::vector<std::string> lines = linesOf(r.out);
-    ASSERT_GE(lines.size(), 9u);
-    double best = 1e9;
-    int bestMethod = -1;
-    for (int method = 6; method >= 0; --method) {
-        const std::string& line = lines[static_cast<size_t>(6 - method)];
-        double score = 0;
-        ASSERT_TRUE(scoreOfLine(line, "method " + std::to_string(method) + " ", score)) << line;
-        if (score < best) {
-            best = score;
-            bestMethod = method;
-        }
-    }
-    const char* captions[] = {"3D Color Space Focus",     "Absolute Color Difference",
-                              "Average Color Difference", "Linear Color Focus",
-                              "Preference Red Focus",     "Preference Green Focus",
-                              "Preference Blue Focus"};
-    EXPECT_EQ(lines[7], "best " + std::to_string(bestMethod) + " " + captions[bestMethod]);
-    // The report and the score are those of the best method's montage, which is the
-    // montage that method makes alone.
-    EXPECT_NE(r.out.find("  Montage method used =" + std::to_string(bestMethod) + " ("),
-              std::string::npos);
-    double scored = 0;
-    ASSERT_TRUE(scoreOfLine(lines.back(), "score ", scored));
-    EXPECT_EQ(scored, best);
-    const CliRun alone =
-        cli("montage s1.png -i 8 -m " + std::to_string(bestMethod) + " -o alone.png --score",
-            dir.root());
-    ASSERT_EQ(alone.code, 0);
-    EXPECT_EQ(alone.out, lines.back() + "\n");
-    EXPECT_EQ(picture(dir, "best.png"), picture(dir, "alone.png"));
-}
-
-TEST(Cli, EvaluateTriesTheIncrementsOfTheWidthARunLeaves) {
-    TestFolder dir;
-    makeSeries(dir, 2, 130, 30);  // 130 / 6 rounds to 22: increments 10 and 20
-    const CliRun r = cli("evaluate s1.png -m 3 -o best.png", dir.root());
-    ASSERT_EQ(r.code, 0) << r.err;
-    const std::vector<std::string> lines = linesOf(r.out);
-    ASSERT_EQ(lines.size(), 3u) << r.out;
-    double at10 = 0;
-    double at20 = 0;
-    ASSERT_TRUE(scoreOfLine(lines[0], "increment 10 ", at10));
-    ASSERT_TRUE(scoreOfLine(lines[1], "increment 20 ", at20));
-    const std::string best = at20 < at10 ? "20" : "10";
-    EXPECT_EQ(lines[2], "best 3 " + best);
-    cli("montage s1.png -m 3 -i " + best + " -o alone.png", dir.root());
-    EXPECT_EQ(picture(dir, "best.png"), picture(dir, "alone.png"));
-}
-
 TEST(Cli, EvaluateOfANarrowSeriesTriesNothing) {
     TestFolder dir;
     makeSeries(dir, 2, 50, 30);  // 50 / 6 is below 10
@@ -336,27 +257,6 @@ TEST(Cli, EvaluateOfANarrowSeriesTriesNothing) {
     // The montage written is the one the run with the given options made.
     cli("montage s1.png -m 4 -i 5 -o alone.png", dir.root());
     EXPECT_EQ(picture(dir, "m.png"), picture(dir, "alone.png"));
-}
-
-TEST(Cli, EvaluateAllMethodsNamesEachMethodFirst) {
-    TestFolder dir;
-    makeSeries(dir, 2, 70, 30);  // 70 / 6 rounds to 12: increment 10 only
-    const CliRun r = cli("evaluate s1.png --all-methods", dir.root());
-    ASSERT_EQ(r.code, 0) << r.err;
-    const std::vector<std::string> lines = linesOf(r.out);
-    ASSERT_EQ(lines.size(), 15u) << r.out;
-    double best = 1e9;
-    int bestMethod = -1;
-    for (int i = 0; i < 7; ++i) {
-        EXPECT_EQ(lines[static_cast<size_t>(2 * i)], "method " + std::to_string(6 - i));
-        double score = 0;
-        ASSERT_TRUE(scoreOfLine(lines[static_cast<size_t>(2 * i + 1)], "increment 10 ", score));
-        if (score < best) {
-            best = score;
-            bestMethod = 6 - i;
-        }
-    }
-    EXPECT_EQ(lines[14], "best " + std::to_string(bestMethod) + " 10");
 }
 
 TEST(Cli, SaveProjectWritesThePairAsTheWindowProgramDoes) {

@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <regex>
 #include <sstream>
 
 #include "cli/cli_app.h"
@@ -157,7 +158,12 @@ TEST_F(EvaluationCommandsTest, CompareLeavesSevenWindowsAndNamesTheBest) {
     }
     expected += "best " + std::to_string(bestMethod) + " " +
                 std::string(kMethodCaptions[static_cast<size_t>(bestMethod)]) + "\n";
-    EXPECT_EQ(cli({"compare", "s1.png", "-i", "7", "-m", "2", "-o", "best.png"}), expected);
+    // The report and the score are those of the best method's montage.
+    expected += state.methodProperties[static_cast<size_t>(6 - bestMethod)] + "score " +
+                sixDigits(best) + "\n";
+    EXPECT_EQ(cli({"compare", "s1.png", "-i", "7", "-m", "2", "-o", "best.png", "--report", "-",
+                   "--score"}),
+              expected);
     EXPECT_EQ(written("best.png"), picture(form().montageWindow()));
 }
 
@@ -238,13 +244,18 @@ TEST_F(EvaluationCommandsTest, EvaluateFindsTheIncrementTheCliFinds) {
     // The montage on view is made with the best increment, and scores as the best did.
     EXPECT_EQ(scoreOf(picture(form().montageWindow()), state.bestIncrement), state.bestMeasure);
 
+    // lumiquilt-cli tries 10 and 20 (130 / 6 rounds to 22), each scored to six digits,
+    // and names the lower, as the window program did.
     const std::string out = cli({"evaluate", "s1.png", "-m", "1", "-o", "best.png"});
-    EXPECT_NE(out.find("increment 10 "), std::string::npos);
-    EXPECT_NE(out.find("increment 20 "), std::string::npos);
-    EXPECT_EQ(out.find("increment 30 "), std::string::npos);  // 130 / 6 rounds to 22
-    EXPECT_EQ(out.substr(out.find("best ")),
-              "best 1 " + std::to_string(state.bestIncrement) + "\n");
-    EXPECT_NE(out.find(sixDigits(state.bestMeasure)), std::string::npos);
+    std::smatch m;
+    ASSERT_TRUE(std::regex_match(out, m,
+                                 std::regex("increment 10 (\\d+\\.\\d{6})\n"
+                                            "increment 20 (\\d+\\.\\d{6})\nbest 1 (\\d+)\n")))
+        << out;
+    const int lower = std::stod(m[2]) < std::stod(m[1]) ? 2 : 1;
+    EXPECT_EQ(m[3], std::to_string(10 * lower));
+    EXPECT_EQ(m[3], std::to_string(state.bestIncrement));
+    EXPECT_EQ(m[lower], sixDigits(state.bestMeasure));
     EXPECT_EQ(written("best.png"), picture(form().montageWindow()));
 }
 
@@ -278,10 +289,16 @@ TEST_F(EvaluationCommandsTest, EvaluateAllLeavesTheBestPairSelected) {
     EXPECT_EQ(ticked(), state.bestMethod);
     EXPECT_EQ(form().TextIncrement->text().toStdString(), std::to_string(state.bestIncrement));
     EXPECT_EQ(state.evaluationPass, 0);
+    // lumiquilt-cli names each method, from 6 down, before its scores to six digits.
+    std::string lines;
+    for (int method = 6; method >= 0; --method) {
+        lines += "method " + std::to_string(method) +
+                 "\nincrement 10 \\d+\\.\\d{6}\nincrement 20 \\d+\\.\\d{6}\n";
+    }
+    lines += "best " + std::to_string(state.bestMethod) + " " +
+             std::to_string(state.bestIncrement) + "\n";
     const std::string out = cli({"evaluate", "s1.png", "--all-methods", "-o", "best.png"});
-    EXPECT_EQ(out.rfind("method 6\nincrement 10 ", 0), 0u) << out;
-    EXPECT_EQ(out.substr(out.find("best ")), "best " + std::to_string(state.bestMethod) + " " +
-                                                 std::to_string(state.bestIncrement) + "\n");
+    EXPECT_TRUE(std::regex_match(out, std::regex(lines))) << out;
     EXPECT_EQ(written("best.png"), picture(form().montageWindow()));
 }
 
