@@ -145,7 +145,7 @@ INSTANTIATE_TEST_SUITE_P(
         EarlyExit{"MaximumAreaWithoutASize",
                   [](CreateImageRoad& t) {
                       std::ofstream(t.path("s1.bmp")) << "x";
-                      t.front.pictures[t.path("s1.bmp")] = testing::solid(0, 8, 1, 2, 3);
+                      t.front.pictures[t.path("s1.bmp")] = {0, 8, {}};
                       t.offsets(false, true, false);
                   },
                   "s1.bmp", RunEnd::endedEarly, "", 1, false},

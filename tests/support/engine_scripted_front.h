@@ -13,20 +13,12 @@
 
 namespace lumiquilt::testing {
 
-/// A picture of one colour, blue-green-red, top row first.
+/// A picture, blue-green-red, top row first.
 struct FakePicture {
     int width = 0;
     int height = 0;
     std::vector<uint8_t> bytes;
 };
-
-inline FakePicture solid(int width, int height, uint8_t red, uint8_t green, uint8_t blue) {
-    FakePicture p{width, height, {}};
-    for (int i = 0; i < width * height; ++i) {
-        p.bytes.insert(p.bytes.end(), {blue, green, red});
-    }
-    return p;
-}
 
 /// A Create Image front end without windows. Files on disk decide what exists; the
 /// pictures they decode to come from a table, and a file without an entry is no picture.
@@ -128,7 +120,10 @@ class ScriptedRoadTest : public ::testing::Test {
         for (int k = 1; k <= count; ++k) {
             const std::string name = path("s" + std::to_string(k) + ".bmp");
             std::ofstream(name) << "x";
-            front.pictures[name] = solid(width, height, static_cast<uint8_t>(20 * k), 0, 0);
+            FakePicture& p = front.pictures[name] = {width, height, {}};
+            for (int i = 0; i < width * height; ++i) {
+                p.bytes.insert(p.bytes.end(), {0, 0, static_cast<uint8_t>(20 * k)});
+            }
         }
     }
 
