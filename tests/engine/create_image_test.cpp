@@ -3,121 +3,31 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <fstream>
-#include <map>
-
-#include "core/runtime_error.h"
+#include "support/engine_scripted_front.h"
 
 namespace lumiquilt {
 namespace {
 
 namespace fs = std::filesystem;
+using testing::ScriptedRoadTest;
 
-// A picture of one colour, blue-green-red, top row first.
-struct FakePicture {
-    int width = 0;
-    int height = 0;
-    std::vector<uint8_t> bytes;
-};
-
-FakePicture solid(int width, int height, uint8_t red, uint8_t green, uint8_t blue) {
-    FakePicture p{width, height, {}};
-    for (int i = 0; i < width * height; ++i) {
-        p.bytes.insert(p.bytes.end(), {blue, green, red});
-    }
-    return p;
-}
-
-// Files on disk decide what exists; the pictures they "decode" to come from a table,
-// and a file without an entry is no picture.
-class ScriptedFront : public CreateImageFront {
-  public:
-    RunChoices chosen;
-    std::string fileName;
-    std::map<std::string, FakePicture> pictures;
-    std::vector<std::string> log;
-    std::vector<std::string> messages;
-    std::function<void(int k)> afterLoad;
-    std::map<int, MarkCentre> marks;  // images without one keep the design place
-
-    RunChoices choices() override { return chosen; }
-    void setIncrementText(const std::string& text) override { chosen.incrementText = text; }
-    std::string fileNameText() override { return fileName; }
-    void setFileNameText(const std::string& text) override { fileName = text; }
-    void message(const std::string& text, const std::string& title, MessageIcon icon) override {
-        messages.push_back(text + " | " + title + " | " + std::to_string(static_cast<int>(icon)));
-    }
-    void loadMember(int k, const std::string& name) override {
-        if (!fs::is_regular_file(name)) {
-            throw RuntimeError(kFileNotFound);
-        }
-        const auto found = pictures.find(name);
-        if (found == pictures.end()) {
-            throw RuntimeError(kInvalidPicture);
-        }
-        loaded.resize(static_cast<size_t>(k));
-        loaded[static_cast<size_t>(k - 1)] = &found->second;
-        log.push_back("load " + std::to_string(k));
-        if (afterLoad) {
-            afterLoad(k);
-        }
-    }
-    PictureView memberPicture(int k) override {
-        const FakePicture& p = *loaded.at(static_cast<size_t>(k - 1));
-        return PictureView{p.width, p.height, p.bytes.data(), 3 * p.width, PixelFormat::bgr24};
-    }
-    void setBusy(bool busy) override { log.push_back(busy ? "busy" : "idle"); }
-    void hideLastRun(const std::string&) override { log.push_back("hide"); }
-    void forgetMissingFile(const std::string&) override { log.push_back("forget"); }
-    void arrangeWindows() override { log.push_back("arrange"); }
-    MarkCentre markCentre(int k) override {
-        const auto found = marks.find(k);
-        return found == marks.end() ? kDesignMarkCentre : found->second;
-    }
-    void montageResized() override { log.push_back("resized"); }
-    void hideMontage() override { log.push_back("hide montage"); }
-    void startPreview() override { log.push_back("preview"); }
-    void showMontage() override { log.push_back("show"); }
-    void runReported(const std::string&) override { log.push_back("reported"); }
-    void runClosed(const std::string&) override { log.push_back("closed"); }
-
-  private:
-    std::vector<const FakePicture*> loaded;
-};
-
-class CreateImageRoad : public ::testing::Test {
+class CreateImageRoad : public ScriptedRoadTest {
   public:
     void SetUp() override {
-        dir = fs::temp_directory_path() /
-              ("lumiquilt_road_" +
-               std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
-        fs::remove_all(dir);
-        fs::create_directories(dir);
-        initialiseProgramState(state);
-        state.appPath = dir.string() + "/";
+        ScriptedRoadTest::SetUp();
         front.chosen.incrementText = "4";
         front.chosen.methodChecked[0] = true;
-    }
-    void TearDown() override { fs::remove_all(dir); }
-
-    std::string path(const std::string& name) const { return (dir / name).string(); }
-    // Members first..first+count-1 of "s", each a picture unless listed as broken.
-    void makeSeries(int count, int first = 1) {
-        for (int k = first; k < first + count; ++k) {
-            const std::string name = path("s" + std::to_string(k) + ".bmp");
-            std::ofstream(name) << "x";
-            front.pictures[name] = solid(12, 8, static_cast<uint8_t>(20 * k), 0, 0);
-        }
     }
     RunEnd run(const std::string& first) {
         front.fileName = first;
         return createImage(state, front);
     }
-
-    fs::path dir;
-    ProgramState state;
-    ScriptedFront front;
+    void offsets(bool min, bool max, bool same) {
+        front.chosen.addOffsets = true;
+        front.chosen.offsetsMin = min;
+        front.chosen.offsetsMax = max;
+        front.chosen.offsetsSame = same;
+    }
 };
 
 TEST_F(CreateImageRoad, CompletedRunWalksEveryStageInOrder) {
@@ -131,8 +41,7 @@ TEST_F(CreateImageRoad, CompletedRunWalksEveryStageInOrder) {
     EXPECT_EQ(state.imageCount, 3);
     EXPECT_EQ(state.imageWidth, 12);
     // The brightest red (image 3) wins every block under the first method.
-    const uint8_t* montage = state.buffers.montageSlot(100);
-    EXPECT_EQ(montage[2], 60);
+    EXPECT_EQ(state.buffers.montageSlot(100)[2], 60);
     // The field returns to what was typed; the report names it too.
     EXPECT_EQ(front.fileName, "s1");
     EXPECT_NE(state.propertiesString.find("First file name =s1\r\n"), std::string::npos);
@@ -146,6 +55,7 @@ struct EarlyExit {
     const char* message;  // the start of the one message, or "" for none
     int imageCount;
     bool closed;  // the closing steps ran
+    std::function<void(CreateImageRoad&)> check = nullptr;
 };
 
 class CreateImageEarlyExit : public CreateImageRoad,
@@ -158,17 +68,22 @@ TEST_P(CreateImageEarlyExit, EndsAsTheRoadSays) {
     if (*row.message == '\0') {
         EXPECT_TRUE(front.messages.empty());
     } else {
-        ASSERT_FALSE(front.messages.empty());
+        ASSERT_EQ(front.messages.size(), 1u);
         EXPECT_EQ(front.messages.front().rfind(row.message, 0), 0u) << front.messages.front();
     }
     EXPECT_EQ(state.imageCount, row.imageCount);
-    const bool closed = !front.log.empty() && front.log.back() == "closed";
-    EXPECT_EQ(closed, row.closed);
-    // Busy is always undone, and nothing is arranged after an early exit.
-    EXPECT_EQ(front.log.back() == "idle" || closed, true);
+    EXPECT_EQ(front.count("closed"), row.closed ? 1 : 0);
+    // Busy is always undone, and nothing is drawn after an early exit; only the offset
+    // step comes after the windows are arranged.
+    EXPECT_EQ(front.log.back(), row.closed ? "closed" : "idle");
     if (row.end != RunEnd::completed) {
-        EXPECT_EQ(std::count(front.log.begin(), front.log.end(), "arrange"), 0);
-        EXPECT_EQ(std::count(front.log.begin(), front.log.end(), "show"), 0);
+        EXPECT_EQ(front.count("arrange"), front.chosen.addOffsets ? 1 : 0);
+        for (const char* stage : {"preview", "resized", "show"}) {
+            EXPECT_EQ(front.count(stage), 0) << stage;
+        }
+    }
+    if (row.check) {
+        row.check(*this);
     }
 }
 
@@ -183,6 +98,13 @@ INSTANTIATE_TEST_SUITE_P(
                   [](CreateImageRoad& t) { std::ofstream(t.path("s99999.bmp")) << "x"; },
                   "s99999.bmp", RunEnd::endedEarly, "The number in the file name is too large", 0,
                   false},
+        EarlyExit{"IncrementOverflow",
+                  [](CreateImageRoad& t) {
+                      t.makeSeries(1);
+                      t.front.chosen.incrementText = "40000";
+                  },
+                  "s1.bmp", RunEnd::stopped,
+                  "error 6 (Overflow) at line 1000 of CommandGo | Nobody's Perfect | 1", 0, true},
         EarlyExit{"InvalidPicture",
                   [](CreateImageRoad& t) {
                       t.makeSeries(2);
@@ -205,21 +127,37 @@ INSTANTIATE_TEST_SUITE_P(
                           }
                       };
                   },
-                  "s1.bmp", RunEnd::completed, "", 2, true}),
+                  "s1.bmp", RunEnd::completed, "", 2, true},
+        // The minimum area leaves nothing of 12 - 40; the pictures stay loaded.
+        EarlyExit{"MinimumAreaWithNothingLeft",
+                  [](CreateImageRoad& t) {
+                      t.makeSeries(2);
+                      t.offsets(true, false, false);
+                      t.front.marks[2] = {13 + 40, 13};
+                      t.state.sizingFrameHeight = 4;
+                  },
+                  "s1.bmp", RunEnd::endedEarly,
+                  "I cannot continue with this selected 'minimum area' for the offsets, as with "
+                  "these offset positions there is no image. | Change the area from the "
+                  "'minimum'. | 1",
+                  2, false,
+                  [](CreateImageRoad& t) { EXPECT_EQ(t.front.count("hide montage"), 1); }},
+        EarlyExit{"MaximumAreaWithoutASize",
+                  [](CreateImageRoad& t) {
+                      std::ofstream(t.path("s1.bmp")) << "x";
+                      t.front.pictures[t.path("s1.bmp")] = {0, 8, {}};
+                      t.offsets(false, true, false);
+                  },
+                  "s1.bmp", RunEnd::endedEarly, "", 1, false},
+        EarlyExit{"MarkBeyondSixteenBits",
+                  [](CreateImageRoad& t) {
+                      t.makeSeries(1);
+                      t.offsets(false, false, true);
+                      t.front.marks[1] = {13, 40000};
+                  },
+                  "s1.bmp", RunEnd::stopped,
+                  "error 6 (Overflow) at line 21050 of CommandGo | Nobody's Perfect | 1", 1, true}),
     [](const ::testing::TestParamInfo<EarlyExit>& info) { return std::string(info.param.name); });
-
-TEST_F(CreateImageRoad, IncrementTextIsCheckedAndWrittenBack) {
-    makeSeries(1);
-    front.chosen.incrementText = "abc";
-    EXPECT_EQ(run(path("s1.bmp")), RunEnd::completed);
-    EXPECT_EQ(front.chosen.incrementText, "10");
-    EXPECT_EQ(state.increment, 10);
-    front.chosen.incrementText = "40000";
-    EXPECT_EQ(run(path("s1.bmp")), RunEnd::stopped);
-    EXPECT_EQ(front.messages.back(),
-              "error 6 (Overflow) at line 1000 of CommandGo | Nobody's "
-              "Perfect | 1");
-}
 
 TEST_F(CreateImageRoad, LaterEvaluationPassesKeepTheSeries) {
     makeSeries(2);
@@ -229,8 +167,8 @@ TEST_F(CreateImageRoad, LaterEvaluationPassesKeepTheSeries) {
     fs::remove(path("s2.bmp"));  // not read again
     EXPECT_EQ(run(path("s1.bmp")), RunEnd::completed);
     EXPECT_EQ(state.imageCount, 2);
-    EXPECT_EQ(std::count(front.log.begin(), front.log.end(), "load 1"), 0);
-    EXPECT_EQ(std::count(front.log.begin(), front.log.end(), "show"), 1);
+    EXPECT_EQ(front.count("load 1"), 0);
+    EXPECT_EQ(front.count("show"), 1);
 }
 
 TEST_F(CreateImageRoad, ProjectMontageSkipsTheBlockLoopOnce) {
@@ -238,30 +176,14 @@ TEST_F(CreateImageRoad, ProjectMontageSkipsTheBlockLoopOnce) {
     state.montageFromProject = kTrue;
     EXPECT_EQ(run(path("s1.bmp")), RunEnd::completed);
     EXPECT_EQ(state.montageFromProject, kFalse);
-    EXPECT_EQ(std::count(front.log.begin(), front.log.end(), "preview"), 0);
-    EXPECT_EQ(std::count(front.log.begin(), front.log.end(), "reported"), 1);
+    EXPECT_EQ(front.count("preview"), 0);
+    EXPECT_EQ(front.count("reported"), 1);
     EXPECT_FALSE(state.propertiesString.empty());
 }
 
-class CreateImageOffsets : public CreateImageRoad {
-  public:
-    void SetUp() override {
-        CreateImageRoad::SetUp();
-        front.chosen.addOffsets = true;
-    }
-    void mode(bool min, bool max, bool same) {
-        front.chosen.offsetsMin = min;
-        front.chosen.offsetsMax = max;
-        front.chosen.offsetsSame = same;
-    }
-    int count(const std::string& entry) const {
-        return static_cast<int>(std::count(front.log.begin(), front.log.end(), entry));
-    }
-};
-
-TEST_F(CreateImageOffsets, MinimumShrinksOnceAndReportsTheCentres) {
+TEST_F(CreateImageRoad, MinimumAreaShrinksOnceAndReportsTheCentres) {
     makeSeries(3);  // 12 by 8
-    mode(true, false, false);
+    offsets(true, false, false);
     front.marks[2] = {17, 14};
     front.marks[3] = {11.5, 12};  // rounds to 12
     ASSERT_EQ(run(path("s1.bmp")), RunEnd::completed);
@@ -269,15 +191,14 @@ TEST_F(CreateImageOffsets, MinimumShrinksOnceAndReportsTheCentres) {
     // Spread 5 across and 2 down: 12 - 5 = 7 -> 4, 8 - 2 = 6 -> 4.
     EXPECT_EQ(state.imageWidth, 4);
     EXPECT_EQ(state.imageHeight, 4);
-    EXPECT_EQ(count("resized"), 1);
+    EXPECT_EQ(front.count("resized"), 1);
     EXPECT_EQ(state.offsetBaseX, 12);
     EXPECT_EQ(state.offsetBaseY, 12);
-    const std::string offsetLines =
-        "  Offset display method =Minimum\r\n"
-        "  Image 1 offset X =13\r\n  Image 1 offset Y =13\r\n"
-        "  Image 2 offset X =17\r\n  Image 2 offset Y =14\r\n"
-        "  Image 3 offset X =12\r\n  Image 3 offset Y =12\r\n";
-    EXPECT_NE(state.propertiesString.find("  Smoothing =no \r\n" + offsetLines +
+    EXPECT_NE(state.propertiesString.find("  Smoothing =no \r\n"
+                                          "  Offset display method =Minimum\r\n"
+                                          "  Image 1 offset X =13\r\n  Image 1 offset Y =13\r\n"
+                                          "  Image 2 offset X =17\r\n  Image 2 offset Y =14\r\n"
+                                          "  Image 3 offset X =12\r\n  Image 3 offset Y =12\r\n"
                                           "  Montage made from dominant image numbers:"),
               std::string::npos)
         << state.propertiesString;
@@ -292,57 +213,18 @@ TEST_F(CreateImageOffsets, MinimumShrinksOnceAndReportsTheCentres) {
     EXPECT_EQ(state.imageHeight, 4);
 }
 
-TEST_F(CreateImageOffsets, NoDisplayEntryAppliesNothingButReportsZeros) {
+TEST_F(CreateImageRoad, NoOffsetDisplayEntryAppliesNothingButReportsZeros) {
     makeSeries(2);
-    mode(false, false, false);
+    offsets(false, false, false);
     front.marks[2] = {30, 3};
     state.offsetX(2) = 5;  // a last run's value is cleared
     ASSERT_EQ(run(path("s1.bmp")), RunEnd::completed);
     EXPECT_EQ(state.imageWidth, 12);
     EXPECT_EQ(state.offsetX(2), 0);
-    EXPECT_EQ(count("resized"), 0);
+    EXPECT_EQ(front.count("resized"), 0);
     EXPECT_EQ(state.propertiesString.find("Offset display method"), std::string::npos);
     EXPECT_NE(state.propertiesString.find("  Image 2 offset X =0\r\n  Image 2 offset Y =0\r\n"),
               std::string::npos);
-}
-
-TEST_F(CreateImageOffsets, MinimumWithNothingLeftEndsWithItsMessage) {
-    makeSeries(2);
-    mode(true, false, false);
-    front.marks[2] = {13 + 40, 13};  // 12 - 40 leaves no picture
-    state.sizingFrameHeight = 4;
-    EXPECT_EQ(run(path("s1.bmp")), RunEnd::endedEarly);
-    ASSERT_EQ(front.messages.size(), 1u);
-    EXPECT_EQ(front.messages[0],
-              "I cannot continue with this selected 'minimum area' for the offsets, as with these "
-              "offset positions there is no image. | Change the area from the 'minimum'. | 1");
-    EXPECT_EQ(count("hide montage"), 1);
-    EXPECT_EQ(count("preview"), 0);
-    EXPECT_EQ(count("closed"), 0);
-    EXPECT_EQ(front.log.back(), "idle");
-    EXPECT_EQ(state.imageCount, 2);  // the pictures stay loaded
-}
-
-TEST_F(CreateImageOffsets, MaximumWithoutASizeEndsSilently) {
-    const std::string name = path("z1.bmp");
-    std::ofstream(name) << "x";
-    front.pictures[name] = solid(0, 8, 1, 2, 3);
-    mode(false, true, false);
-    EXPECT_EQ(run(name), RunEnd::endedEarly);
-    EXPECT_TRUE(front.messages.empty());
-    EXPECT_EQ(count("preview"), 0);
-    EXPECT_EQ(count("resized"), 0);
-    EXPECT_EQ(front.log.back(), "idle");
-}
-
-TEST_F(CreateImageOffsets, MarkBeyondSixteenBitsIsAGeneralMessage) {
-    makeSeries(1);
-    mode(false, false, true);
-    front.marks[1] = {13, 40000};
-    EXPECT_EQ(run(path("s1.bmp")), RunEnd::stopped);
-    ASSERT_EQ(front.messages.size(), 1u);
-    EXPECT_EQ(front.messages[0],
-              "error 6 (Overflow) at line 21050 of CommandGo | Nobody's Perfect | 1");
 }
 
 }  // namespace

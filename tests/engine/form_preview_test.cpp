@@ -46,6 +46,21 @@ class PreviewTest : public UiTest {
         }
         return source.pixelColor(sx, source.height() - 1 - sy);
     }
+    // The preview shows `source` at every (px, py) of these, top-down.
+    void expectShows(const QImage& source, std::initializer_list<int> xs,
+                     std::initializer_list<int> ys) {
+        for (int py : ys) {
+            for (int px : xs) {
+                EXPECT_EQ(shown().pixelColor(px, py), expected(source, px, py)) << px << "," << py;
+            }
+        }
+    }
+    // Loads a series s1.png .. of count pictures of width by height.
+    void load(int count, int width, int height) {
+        makeSeries("s", count, width, height);
+        setFileName(dir.path("s1.png"));
+        form().mnuLoad_Click();
+    }
 };
 
 TEST_F(PreviewTest, TheWindowAsDesigned) {
@@ -112,21 +127,14 @@ TEST_F(PreviewTest, AWideIncrementLeavesStripes) {
 
 TEST_F(PreviewTest, ShowPreviewOfASource) {
     const QImage source = testing::patternPicture(640, 480, 2);
-    makeSeries("s", 3, 640, 480);
-    setFileName(dir.path("s1.png"));
-    form().mnuLoad_Click();
-    FormPicture* second = form().pictureWindow(2);
-    second->mnuShowPreview->trigger();
+    load(3, 640, 480);
+    form().pictureWindow(2)->mnuShowPreview->trigger();
     ASSERT_TRUE(ui.messages.empty());
     EXPECT_TRUE(preview()->isVisible());
     // px 159 shows column 639, py 159 row 479: the corners meet the corners.
     EXPECT_EQ(shown().pixelColor(159, 0), source.pixelColor(639, 0));
     EXPECT_EQ(shown().pixelColor(0, 159), source.pixelColor(0, 479));
-    for (int py : {0, 40, 121, 159}) {
-        for (int px : {0, 33, 100, 159}) {
-            EXPECT_EQ(shown().pixelColor(px, py), expected(source, px, py)) << px << "," << py;
-        }
-    }
+    expectShows(source, {0, 33, 100, 159}, {0, 40, 121, 159});
     // A second request clears and draws again; the menu entry stays single.
     form().pictureWindow(3)->mnuShowPreview->trigger();
     const QImage third = testing::patternPicture(640, 480, 3);
@@ -136,23 +144,15 @@ TEST_F(PreviewTest, ShowPreviewOfASource) {
 
 TEST_F(PreviewTest, ASmallerPictureIsEnlarged) {
     const QImage source = testing::patternPicture(40, 30, 1);
-    makeSeries("s", 1, 40, 30);
-    setFileName(dir.path("s1.png"));
-    form().mnuLoad_Click();
+    load(1, 40, 30);
     form().pictureWindow(1)->mnuShowPreview->trigger();
     // Neighbouring preview pixels repeat one source pixel.
     EXPECT_EQ(shown().pixelColor(1, 159), shown().pixelColor(2, 159));
-    for (int py : {0, 7, 80, 159}) {
-        for (int px : {0, 5, 80, 159}) {
-            EXPECT_EQ(shown().pixelColor(px, py), expected(source, px, py)) << px << "," << py;
-        }
-    }
+    expectShows(source, {0, 5, 80, 159}, {0, 7, 80, 159});
 }
 
 TEST_F(PreviewTest, AWindowWhoseCaptionIsNoPicturesGetsNothing) {
-    makeSeries("s", 1, 40, 30);
-    setFileName(dir.path("s1.png"));
-    form().mnuLoad_Click();
+    load(1, 40, 30);
     FormPicture stray(&form());
     stray.setWindowTitle("Image 9 -- nowhere.png");
     PreviewCommands(form()).mnuShowPreview_Click(&stray);
@@ -169,22 +169,10 @@ TEST_F(PreviewTest, ShowPreviewOfTheMontageAndOfAMethodWindow) {
     ASSERT_EQ(window2Entries().size(), 9u);
     EXPECT_EQ(form().m.mnuWindow2[8]->text(), "Preview");
 
-    FormMontagePicture* third = form().methodWindow(2);
-    third->mnuShowPreview2->trigger();
-    const QImage thirdPicture =
-        third->PictureFile->picture().convertToFormat(QImage::Format_RGB888);
-    for (int py : {0, 80, 159}) {
-        for (int px : {0, 80, 159}) {
-            EXPECT_EQ(shown().pixelColor(px, py), expected(thirdPicture, px, py));
-        }
-    }
-    form().montageWindow()->mnuShowPreview2->trigger();
-    const QImage main =
-        form().montageWindow()->PictureFile->picture().convertToFormat(QImage::Format_RGB888);
-    for (int py : {0, 80, 159}) {
-        for (int px : {0, 80, 159}) {
-            EXPECT_EQ(shown().pixelColor(px, py), expected(main, px, py));
-        }
+    for (FormMontagePicture* w : {form().methodWindow(2), form().montageWindow()}) {
+        w->mnuShowPreview2->trigger();
+        expectShows(w->PictureFile->picture().convertToFormat(QImage::Format_RGB888), {0, 80, 159},
+                    {0, 80, 159});
     }
     EXPECT_EQ(window2Entries().size(), 9u);
     EXPECT_EQ(ui.messages.size(), 1u);

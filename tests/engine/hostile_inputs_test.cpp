@@ -28,6 +28,7 @@ struct Outcome {
     MessageIcon icon = MessageIcon::none;
     int images = 0;  ///< pictures the window program has loaded at the end
     bool montage = false;
+    std::function<void(const QImage&)> checkMontage = nullptr;
 };
 
 Outcome notAPicture(int loaded) {
@@ -45,22 +46,25 @@ Outcome outOfMemory() {
             MessageIcon::critical, 0, false};
 }
 
-Outcome montageOf(int images) {
-    return {"", "", MessageIcon::none, images, true};
+Outcome montageOf(int images, std::function<void(const QImage&)> check = nullptr) {
+    return {"", "", MessageIcon::none, images, true, std::move(check)};
 }
 
-// One file of a series: a good picture of the series' type, a fixture, no bytes,
+// One file of a series: a good picture of the series' type, a fixture, these bytes,
 // or a folder under the member's name.
 struct Member {
-    enum Kind { good, fixture, empty, folder } kind = good;
-    std::string file;
+    enum Kind { good, fixture, bytes, folder } kind = good;
+    std::string content;  ///< the fixture's name, or the bytes
 };
 
 const Member kGood{Member::good, ""};
-const Member kEmpty{Member::empty, ""};
+const Member kEmpty{Member::bytes, ""};
 const Member kFolder{Member::folder, ""};
-Member fixture(const std::string& file) {
-    return {Member::fixture, file};
+std::vector<Member> only(const Member& member) {
+    return {member};
+}
+std::vector<Member> fixture(const std::string& file) {
+    return {{Member::fixture, file}};
 }
 
 struct SeriesRow {
@@ -70,12 +74,20 @@ struct SeriesRow {
     Outcome outcome;
     std::string folder = "series";  ///< where the members lie
     std::string stem = "h";         ///< member k is stem + k + extension
-    std::function<void(const QImage&)> checkMontage = nullptr;
     std::size_t budget = 0;  ///< bytes the buffers may take beyond what they hold; 0: no limit
 };
 
 void PrintTo(const SeriesRow& row, std::ostream* out) {
     *out << row.what;
+}
+
+template <class Row>
+std::string rowName(const ::testing::TestParamInfo<Row>& info) {
+    std::string name;
+    for (char c : info.param.what) {
+        name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+    }
+    return name;
 }
 
 void makeMember(const Member& member, const std::string& extension, int k,
@@ -90,10 +102,10 @@ void makeMember(const Member& member, const std::string& extension, int k,
             }
             break;
         case Member::fixture:
-            fs::copy_file(kHostile + member.file, name);
+            fs::copy_file(kHostile + member.content, name);
             break;
-        case Member::empty:
-            testing::writeBytes(name, "");
+        case Member::bytes:
+            testing::writeBytes(name, member.content);
             break;
         case Member::folder:
             fs::create_directories(name);
@@ -117,99 +129,51 @@ void expectBlack(const QImage& montage) {
 }
 
 std::vector<SeriesRow> seriesRows() {
-    const std::string pixels = testing::readBytes(kHostile + "bmp_top_down.bmp").substr(54);
     // The fixtures' pixel bytes run blue, green, red from the first row in the file.
-    const auto firstFileRowOnTop = [pixels](const QImage& montage) {
-        EXPECT_EQ(montage.pixel(0, 0) & 0xFFFFFF,
-                  qRgb(static_cast<uint8_t>(pixels[2]), static_cast<uint8_t>(pixels[1]),
-                       static_cast<uint8_t>(pixels[0])) &
-                      0xFFFFFF);
+    const std::string pixels = testing::readBytes(kHostile + "bmp_top_down.bmp").substr(54);
+    const QRgb first = qRgb(static_cast<uint8_t>(pixels[2]), static_cast<uint8_t>(pixels[1]),
+                            static_cast<uint8_t>(pixels[0]));
+    const auto firstFileRowAt = [first](bool top) {
+        return [first, top](const QImage& montage) {
+            EXPECT_EQ(montage.pixel(0, top ? 0 : montage.height() - 1) & 0xFFFFFF,
+                      first & 0xFFFFFF);
+        };
     };
-    const auto firstFileRowAtBottom = [pixels](const QImage& montage) {
-        EXPECT_EQ(montage.pixel(0, montage.height() - 1) & 0xFFFFFF,
-                  qRgb(static_cast<uint8_t>(pixels[2]), static_cast<uint8_t>(pixels[1]),
-                       static_cast<uint8_t>(pixels[0])) &
-                      0xFFFFFF);
-    };
-
+    const std::vector<Member> none;
+    const std::vector<Member> two(2, kGood);
+    const std::vector<Member> three(3, kGood);
     std::vector<SeriesRow> rows = {
-        {"BMP claiming 100000 by 100000",
-         ".bmp",
-         {fixture("bmp_100000x100000.bmp")},
+        {"BMP claiming 100000 by 100000", ".bmp", fixture("bmp_100000x100000.bmp"), notAPicture(0)},
+        {"PNG claiming 30000 by 30000 is more than memory allows", ".png",
+         fixture("png_30000x30000.png"), outOfMemory()},
+        {"series beyond the memory budget", ".png", three, outOfMemory(), "series", "h", 100},
+        {"PNG whose text chunk claims 2 GB", ".png", fixture("png_text_chunk_claims_2GB.png"),
          notAPicture(0)},
-        {"PNG claiming 30000 by 30000 is more than memory allows",
-         ".png",
-         {fixture("png_30000x30000.png")},
-         outOfMemory()},
-        {"series beyond the memory budget",
-         ".png",
-         {kGood, kGood, kGood},
-         outOfMemory(),
-         "series",
-         "h",
-         nullptr,
-         100},
-        {"PNG whose text chunk claims 2 GB",
-         ".png",
-         {fixture("png_text_chunk_claims_2GB.png")},
+        {"BMP of negative width", ".bmp", fixture("bmp_negative_width.bmp"), notAPicture(0)},
+        {"BMP of zero width", ".bmp", fixture("bmp_zero_width.bmp"), notAPicture(0)},
+        {"BMP of zero height", ".bmp", fixture("bmp_zero_height.bmp"), notAPicture(0)},
+        {"BMP of negative height runs top-down", ".bmp", fixture("bmp_top_down.bmp"),
+         montageOf(1, firstFileRowAt(true))},
+        {"BMP whose size fields lie reads by its header", ".bmp",
+         fixture("bmp_size_fields_lie.bmp"), montageOf(1, firstFileRowAt(false))},
+        {"BMP whose pixels start past its end is black", ".bmp",
+         fixture("bmp_offset_beyond_end.bmp"), montageOf(1, expectBlack)},
+        {"GIF with a 65535 by 65535 screen", ".gif", fixture("gif_65535x65535_screen.gif"),
          notAPicture(0)},
-        {"BMP of negative width", ".bmp", {fixture("bmp_negative_width.bmp")}, notAPicture(0)},
-        {"BMP of zero width", ".bmp", {fixture("bmp_zero_width.bmp")}, notAPicture(0)},
-        {"BMP of zero height", ".bmp", {fixture("bmp_zero_height.bmp")}, notAPicture(0)},
-        {"BMP of negative height runs top-down",
-         ".bmp",
-         {fixture("bmp_top_down.bmp")},
-         montageOf(1),
-         "series",
-         "h",
-         firstFileRowOnTop},
-        {"BMP whose size fields lie reads by its header",
-         ".bmp",
-         {fixture("bmp_size_fields_lie.bmp")},
-         montageOf(1),
-         "series",
-         "h",
-         firstFileRowAtBottom},
-        {"BMP whose pixels start past its end is black",
-         ".bmp",
-         {fixture("bmp_offset_beyond_end.bmp")},
-         montageOf(1),
-         "series",
-         "h",
-         expectBlack},
-        {"GIF with a 65535 by 65535 screen",
-         ".gif",
-         {fixture("gif_65535x65535_screen.gif")},
+        {"first member of no picture format", ".jpg", only({Member::bytes, "not a picture"}),
          notAPicture(0)},
-        {"folder named like the first member", ".png", {kFolder}, notFound()},
+        {"folder named like the first member", ".png", only(kFolder), notFound()},
         {"folder named like the middle member ends the series", ".png", withMemberAt(1, kFolder),
          montageOf(1)},
         {"folder named like the last member ends the series", ".png", withMemberAt(2, kFolder),
          montageOf(2)},
-        {"name of 300 characters cannot exist",
-         ".png",
-         {},
-         notFound(),
-         "series",
+        {"name of 300 characters cannot exist", ".png", none, notFound(), "series",
          std::string(295, 'n')},
-        {"path of 300 characters",
-         ".png",
-         {kGood, kGood, kGood},
-         montageOf(3),
+        {"path of 300 characters", ".png", three, montageOf(3),
          std::string(100, 'a') + "/" + std::string(100, 'b') + "/" + std::string(100, 'c'),
          "scene "},
-        {"blanks in folder and name",
-         ".jpg",
-         {kGood, kGood},
-         montageOf(2),
-         " my pictures ",
-         "a scene "},
-        {"UTF-8 in folder and name",
-         ".bmp",
-         {kGood, kGood},
-         montageOf(2),
-         "Bilder Ünïcødé",
-         "été_ß_日本"},
+        {"blanks in folder and name", ".jpg", two, montageOf(2), " my pictures ", "a scene "},
+        {"UTF-8 in folder and name", ".bmp", two, montageOf(2), "Bilder Ünïcødé", "été_ß_日本"},
     };
     // Truncated members: BMP, JPEG and GIF decoders give what they read (the rest
     // black), a truncated PNG is no picture.
@@ -219,7 +183,8 @@ std::vector<SeriesRow> seriesRows() {
             const bool decodes = std::string(extension) != ".png";
             rows.push_back(
                 {std::string("truncated ") + (extension + 1) + " as the " + places[at] + " member",
-                 extension, withMemberAt(at, fixture(std::string("truncated") + extension)),
+                 extension,
+                 withMemberAt(at, {Member::fixture, std::string("truncated") + extension}),
                  decodes ? montageOf(3) : notAPicture(at)});
         }
     }
@@ -275,8 +240,8 @@ TEST_P(HostileSeries, BothRoadsComeToTheSameEnd) {
     EXPECT_EQ(form().montageWindow()->isVisible(), expected.montage);
     EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
     const QImage shown = form().montageWindow()->PictureFile->picture();
-    if (expected.montage && row.checkMontage) {
-        row.checkMontage(shown);
+    if (expected.montage && expected.checkMontage) {
+        expected.checkMontage(shown);
     }
 
     // lumiquilt-cli.
@@ -298,13 +263,7 @@ TEST_P(HostileSeries, BothRoadsComeToTheSameEnd) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, HostileSeries, ::testing::ValuesIn(seriesRows()),
-                         [](const auto& info) {
-                             std::string name;
-                             for (char c : info.param.what) {
-                                 name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-                             }
-                             return name;
-                         });
+                         rowName<SeriesRow>);
 
 // A settings file the program starts with, the increment it then shows, and what
 // the file must be after one Create Image of the window program.
@@ -433,13 +392,7 @@ TEST_P(HostileSettings, CostNothingButTheSettings) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, HostileSettings, ::testing::ValuesIn(settingsRows()),
-                         [](const auto& info) {
-                             std::string name;
-                             for (char c : info.param.what) {
-                                 name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
-                             }
-                             return name;
-                         });
+                         rowName<SettingsRow>);
 
 }  // namespace
 }  // namespace lumiquilt

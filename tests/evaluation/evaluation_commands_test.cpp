@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <regex>
 #include <sstream>
 
 #include "cli/cli_app.h"
@@ -67,6 +68,20 @@ class EvaluationCommandsTest : public UiTest {
     QImage picture(PictureWindow* w) {
         return w->PictureFile->picture().convertToFormat(QImage::Format_RGB888);
     }
+    QImage written(const std::string& name) {
+        return QImage(QString::fromStdString(dir.path(name)))
+            .convertToFormat(QImage::Format_RGB888);
+    }
+    // A series s1.png .. of count pictures named in the field, the increment typed (if
+    // any) and one method ticked.
+    void prepare(int count, int width, int height, const char* increment, int method) {
+        makeSeries("s", count, width, height);
+        setFileName(dir.path("s1.png"));
+        if (increment != nullptr) {
+            setIncrement(increment);
+        }
+        form().m.mnusimpleCol[static_cast<size_t>(method)]->trigger();
+    }
 };
 
 TEST_F(EvaluationCommandsTest, CompareLeavesSevenWindowsAndNamesTheBest) {
@@ -89,7 +104,10 @@ TEST_F(EvaluationCommandsTest, CompareLeavesSevenWindowsAndNamesTheBest) {
         }
     }
     EXPECT_EQ(state.bestMethod, bestMethod);
+    // Scored at 10, whatever the increment the montages are made with.
     EXPECT_EQ(state.bestMeasure, best);
+    EXPECT_NE(best, scoreOf(picture(form().methodWindow(6 - bestMethod)), 7));
+    EXPECT_EQ(state.increment, 7);
     EXPECT_EQ(lastMessage().text,
               "I think the best Montage Method is '" +
                   std::string(kMethodCaptions[static_cast<size_t>(bestMethod)]) + "'.");
@@ -140,17 +158,18 @@ TEST_F(EvaluationCommandsTest, CompareLeavesSevenWindowsAndNamesTheBest) {
     }
     expected += "best " + std::to_string(bestMethod) + " " +
                 std::string(kMethodCaptions[static_cast<size_t>(bestMethod)]) + "\n";
-    EXPECT_EQ(cli({"compare", "s1.png", "-i", "7", "-m", "2", "-o", "best.png"}), expected);
-    EXPECT_EQ(
-        QImage(QString::fromStdString(dir.path("best.png"))).convertToFormat(QImage::Format_RGB888),
-        picture(form().montageWindow()));
+    // The report and the score are those of the best method's montage.
+    expected += state.methodProperties[static_cast<size_t>(6 - bestMethod)] + "score " +
+                sixDigits(best) + "\n";
+    EXPECT_EQ(cli({"compare", "s1.png", "-i", "7", "-m", "2", "-o", "best.png", "--report", "-",
+                   "--score"}),
+              expected);
+    EXPECT_EQ(written("best.png"), picture(form().montageWindow()));
 }
 
 TEST_F(EvaluationCommandsTest, CompareWithTheUsedWindowOffStillStandsInTheStaircase) {
-    makeSeries("s", 2, 30, 20);
     state.showUsedWindow = 0;
-    setFileName(dir.path("s1.png"));
-    form().m.mnusimpleCol[5]->trigger();
+    prepare(2, 30, 20, nullptr, 5);
     form().m.mnuAllMethods->trigger();
     ASSERT_EQ(ui.messages.size(), 1u);
     const int step = state.captionHeight + 2 * state.dialogFrameHeight;
@@ -169,19 +188,6 @@ TEST_F(EvaluationCommandsTest, CompareWithTheUsedWindowOffStillStandsInTheStairc
         EXPECT_FALSE(form().methodWindow(slot)->isVisible()) << slot;
     }
     EXPECT_FALSE(form().m.mnuWindow2[2]->isVisible());
-}
-
-TEST_F(EvaluationCommandsTest, CompareScoresAtTenWhateverTheIncrement) {
-    makeSeries("s", 3, 50, 50);
-    setFileName(dir.path("s1.png"));
-    setIncrement("25");
-    form().m.mnuAllMethods->trigger();
-    ASSERT_EQ(ui.messages.size(), 1u);
-    const float atTen = scoreOf(picture(form().methodWindow(6 - state.bestMethod)), 10);
-    const float atTwentyFive = scoreOf(picture(form().methodWindow(6 - state.bestMethod)), 25);
-    EXPECT_EQ(state.bestMeasure, atTen);
-    EXPECT_NE(atTen, atTwentyFive);
-    EXPECT_EQ(state.increment, 25);  // the montages themselves use the user's increment
 }
 
 TEST_F(EvaluationCommandsTest, CompareGoesOnWhenAFileGoesBetweenPasses) {
@@ -219,10 +225,7 @@ TEST_F(EvaluationCommandsTest, CompareOfAMissingSeriesShowsOnlyTheRunsMessage) {
 }
 
 TEST_F(EvaluationCommandsTest, EvaluateFindsTheIncrementTheCliFinds) {
-    makeSeries("s", 3, 130, 40);
-    setFileName(dir.path("s1.png"));
-    setIncrement("20");
-    form().m.mnusimpleCol[1]->trigger();
+    prepare(3, 130, 40, "20", 1);
     form().CommandGo_Click();  // the run before the command sets the range
     ASSERT_TRUE(ui.messages.empty());
     form().m.mnuEvaluate->trigger();
@@ -241,23 +244,23 @@ TEST_F(EvaluationCommandsTest, EvaluateFindsTheIncrementTheCliFinds) {
     // The montage on view is made with the best increment, and scores as the best did.
     EXPECT_EQ(scoreOf(picture(form().montageWindow()), state.bestIncrement), state.bestMeasure);
 
+    // lumiquilt-cli tries 10 and 20 (130 / 6 rounds to 22), each scored to six digits,
+    // and names the lower, as the window program did.
     const std::string out = cli({"evaluate", "s1.png", "-m", "1", "-o", "best.png"});
-    EXPECT_NE(out.find("increment 10 "), std::string::npos);
-    EXPECT_NE(out.find("increment 20 "), std::string::npos);
-    EXPECT_EQ(out.find("increment 30 "), std::string::npos);  // 130 / 6 rounds to 22
-    EXPECT_EQ(out.substr(out.find("best ")),
-              "best 1 " + std::to_string(state.bestIncrement) + "\n");
-    EXPECT_NE(out.find(sixDigits(state.bestMeasure)), std::string::npos);
-    EXPECT_EQ(
-        QImage(QString::fromStdString(dir.path("best.png"))).convertToFormat(QImage::Format_RGB888),
-        picture(form().montageWindow()));
+    std::smatch m;
+    ASSERT_TRUE(std::regex_match(out, m,
+                                 std::regex("increment 10 (\\d+\\.\\d{6})\n"
+                                            "increment 20 (\\d+\\.\\d{6})\nbest 1 (\\d+)\n")))
+        << out;
+    const int lower = std::stod(m[2]) < std::stod(m[1]) ? 2 : 1;
+    EXPECT_EQ(m[3], std::to_string(10 * lower));
+    EXPECT_EQ(m[3], std::to_string(state.bestIncrement));
+    EXPECT_EQ(m[lower], sixDigits(state.bestMeasure));
+    EXPECT_EQ(written("best.png"), picture(form().montageWindow()));
 }
 
 TEST_F(EvaluationCommandsTest, EvaluateAllCancelChangesNothing) {
-    makeSeries("s", 2, 130, 40);
-    setFileName(dir.path("s1.png"));
-    setIncrement("15");
-    form().m.mnusimpleCol[4]->trigger();
+    prepare(2, 130, 40, "15", 4);
     form().CommandGo_Click();
     const QImage before = picture(form().montageWindow());
     ui.messageAnswers.push_back(MessageResult::cancel);
@@ -286,20 +289,21 @@ TEST_F(EvaluationCommandsTest, EvaluateAllLeavesTheBestPairSelected) {
     EXPECT_EQ(ticked(), state.bestMethod);
     EXPECT_EQ(form().TextIncrement->text().toStdString(), std::to_string(state.bestIncrement));
     EXPECT_EQ(state.evaluationPass, 0);
+    // lumiquilt-cli names each method, from 6 down, before its scores to six digits.
+    std::string lines;
+    for (int method = 6; method >= 0; --method) {
+        lines += "method " + std::to_string(method) +
+                 "\nincrement 10 \\d+\\.\\d{6}\nincrement 20 \\d+\\.\\d{6}\n";
+    }
+    lines += "best " + std::to_string(state.bestMethod) + " " +
+             std::to_string(state.bestIncrement) + "\n";
     const std::string out = cli({"evaluate", "s1.png", "--all-methods", "-o", "best.png"});
-    EXPECT_EQ(out.rfind("method 6\nincrement 10 ", 0), 0u) << out;
-    EXPECT_EQ(out.substr(out.find("best ")), "best " + std::to_string(state.bestMethod) + " " +
-                                                 std::to_string(state.bestIncrement) + "\n");
-    EXPECT_EQ(
-        QImage(QString::fromStdString(dir.path("best.png"))).convertToFormat(QImage::Format_RGB888),
-        picture(form().montageWindow()));
+    EXPECT_TRUE(std::regex_match(out, std::regex(lines))) << out;
+    EXPECT_EQ(written("best.png"), picture(form().montageWindow()));
 }
 
 TEST_F(EvaluationCommandsTest, EvaluateAllStopsWhenTheSeriesGoesBetweenPasses) {
-    makeSeries("s", 2, 130, 40);
-    setFileName(dir.path("s1.png"));
-    setIncrement("15");
-    form().m.mnusimpleCol[3]->trigger();
+    prepare(2, 130, 40, "15", 3);
     form().CommandGo_Click();
     // The first method loads the series for every increment.
     QTimer remover;

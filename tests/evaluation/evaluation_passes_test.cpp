@@ -4,89 +4,18 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <map>
-
-#include "core/runtime_error.h"
 #include "engine/measures.h"
+#include "support/engine_scripted_front.h"
 
 namespace lumiquilt {
 namespace {
 
 namespace fs = std::filesystem;
-
-// Every file that exists decodes to a grey picture of width by height.
-class ScriptedRoad : public CreateImageFront {
-  public:
-    RunChoices chosen;
-    std::string fileName;
-    int width = 130;
-    int height = 40;
-    std::vector<std::string> messages;
-    // Each run past its increment check: "method/increment", and every member loaded.
-    std::vector<std::string> log;
-    // Runs when run number `run` has ended, whichever way.
-    std::function<void(int run)> afterRun;
-
-    RunChoices choices() override { return chosen; }
-    void setIncrementText(const std::string& text) override { chosen.incrementText = text; }
-    std::string fileNameText() override { return fileName; }
-    void setFileNameText(const std::string& text) override { fileName = text; }
-    void message(const std::string& text, const std::string&, MessageIcon) override {
-        messages.push_back(text);
-    }
-    void loadMember(int k, const std::string& name) override {
-        if (!fs::is_regular_file(name)) {
-            throw RuntimeError(kFileNotFound);
-        }
-        m_pixels.resize(static_cast<size_t>(width * height * 3), 128);
-        log.push_back("load " + std::to_string(k));
-    }
-    PictureView memberPicture(int) override {
-        return PictureView{width, height, m_pixels.data(), 3 * width, PixelFormat::bgr24};
-    }
-    void clearMontagePicture() override {
-        log.push_back("run " + std::to_string(ticked()) + "/" + chosen.incrementText);
-    }
-    void setBusy(bool busy) override {
-        // Every way out of a run ends the hourglass, once.
-        if (!busy && afterRun) {
-            afterRun(++m_runs);
-        }
-    }
-
-    int ticked() const {
-        for (int i = 0; i < kMethodCount; ++i) {
-            if (chosen.methodChecked[static_cast<size_t>(i)]) {
-                return i;
-            }
-        }
-        return -1;
-    }
-    long loads() const {
-        return std::count_if(log.begin(), log.end(),
-                             [](const std::string& l) { return l.rfind("load 1", 0) == 0; });
-    }
-    std::vector<std::string> runs() const {
-        std::vector<std::string> out;
-        for (const std::string& l : log) {
-            if (l.rfind("run ", 0) == 0) {
-                out.push_back(l.substr(4));
-            }
-        }
-        return out;
-    }
-
-  private:
-    int m_runs = 0;
-    std::vector<uint8_t> m_pixels;
-};
+using testing::ScriptedFront;
 
 class ScriptedPasses : public EvaluationFront {
   public:
-    explicit ScriptedPasses(ScriptedRoad& road) : r(road) {}
+    explicit ScriptedPasses(ScriptedFront& road) : r(road) {}
 
     bool answer = true;
     std::vector<std::string> log;
@@ -122,25 +51,17 @@ class ScriptedPasses : public EvaluationFront {
     }
 
   private:
-    ScriptedRoad& r;
+    ScriptedFront& r;
 };
 
-class Passes : public ::testing::Test {
+class Passes : public testing::ScriptedRoadTest {
   protected:
     void SetUp() override {
-        dir = fs::temp_directory_path() /
-              ("lumiquilt_passes_" +
-               std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
-        fs::remove_all(dir);
-        fs::create_directories(dir);
-        initialiseProgramState(state);
-        state.appPath = dir.string() + "/";
-        for (int k = 1; k <= 3; ++k) {
-            std::ofstream(path("s" + std::to_string(k) + ".bmp")) << "x";
-        }
-        road.fileName = "s1";
-        road.chosen.incrementText = "4";
-        road.chosen.methodChecked[2] = true;
+        ScriptedRoadTest::SetUp();
+        makeSeries(3, 130, 40);
+        front.fileName = "s1";
+        front.chosen.incrementText = "4";
+        front.chosen.methodChecked[2] = true;
         // The score of a montage by the method of its run and the block size it is
         // scored at; 50 unless a test says otherwise.
         score = [this](const ProgramState& s, int16_t blockSize) {
@@ -149,14 +70,17 @@ class Passes : public ::testing::Test {
             return found == scores.end() ? 50.0f : found->second;
         };
     }
-    void TearDown() override { fs::remove_all(dir); }
+    long loads() const { return front.count("load 1"); }
+    // The user's method, increment and typed name are back, and the passes are over.
+    void expectChoicesBack(const std::string& fileName = "s1", const std::string& increment = "4") {
+        EXPECT_EQ(front.ticked(), 2);
+        EXPECT_EQ(front.chosen.incrementText, increment);
+        EXPECT_EQ(front.fileName, fileName);
+        EXPECT_EQ(state.evaluationPass, 0);
+        EXPECT_EQ(state.sizeCheckOff, kFalse);
+    }
 
-    std::string path(const std::string& name) const { return (dir / name).string(); }
-
-    fs::path dir;
-    ProgramState state;
-    ScriptedRoad road;
-    ScriptedPasses passes{road};
+    ScriptedPasses passes{front};
     std::map<std::pair<int, int>, float> scores;
     std::vector<int> scoredAt;
     ScoreFn score;
@@ -168,8 +92,8 @@ TEST_F(Passes, CompareRunsTheSevenMethodsInTheirOrder) {
     EXPECT_EQ(result.end, EvaluationEnd::completed);
     // Method 6 first, method 0 last, each with the user's increment; pass 1 loads.
     const std::vector<std::string> runs = {"6/4", "5/4", "4/4", "3/4", "2/4", "1/4", "0/4"};
-    EXPECT_EQ(road.runs(), runs);
-    EXPECT_EQ(road.loads(), 1);
+    EXPECT_EQ(front.runs, runs);
+    EXPECT_EQ(loads(), 1);
     const std::vector<std::string> kept = {"0 6", "1 5", "2 4", "3 3", "4 2", "5 1", "6 0"};
     EXPECT_EQ(passes.entries("keep "), kept);
     // Every montage is scored on the grid of 10, not of the increment it was made with.
@@ -190,11 +114,8 @@ TEST_F(Passes, CompareRunsTheSevenMethodsInTheirOrder) {
                   std::string::npos)
             << slot;
     }
-    // The user's method, the pass counter and the typed name are back.
-    EXPECT_EQ(road.ticked(), 2);
-    EXPECT_EQ(state.evaluationPass, 0);
-    EXPECT_EQ(road.fileName, "s1");
-    EXPECT_TRUE(road.messages.empty());
+    expectChoicesBack();
+    EXPECT_TRUE(front.messages.empty());
 }
 
 TEST_F(Passes, CompareKeepsTheStrictlyLowestScore) {
@@ -205,15 +126,12 @@ TEST_F(Passes, CompareKeepsTheStrictlyLowestScore) {
         int best;
         float measure;
     };
+    const std::array<float, 7> all32000 = {32000, 32000, 32000, 32000, 32000, 32000, 32000};
     const Row rows[] = {
         {"one lowest", {9, 8, 7, 3, 7, 8, 9}, 0, 3, 3},
         {"a tie goes to the method tried first", {9, 9, 2, 9, 2, 9, 9}, 0, 4, 2},
         {"all equal: the first tried", {5, 5, 5, 5, 5, 5, 5}, 0, 6, 5},
-        {"every score at 32000: the best of before stays",
-         {32000, 32000, 32000, 32000, 32000, 32000, 32000},
-         5,
-         5,
-         32000},
+        {"every score at 32000: the best of before stays", all32000, 5, 5, 32000},
         {"above 32000 too", {40000, 33000, 32001, 32000, 99999, 1e9f, 32000.5f}, 1, 1, 32000},
     };
     for (const Row& r : rows) {
@@ -235,45 +153,43 @@ TEST_F(Passes, CompareKeepsTheStrictlyLowestScore) {
 }
 
 TEST_F(Passes, CompareWithNoMethodTickedTicksTheFirstAfterwards) {
-    road.chosen.methodChecked = {};
+    front.chosen.methodChecked = {};
     compareAllMethods(state, passes, score);
-    EXPECT_EQ(road.ticked(), 0);
+    EXPECT_EQ(front.ticked(), 0);
 }
 
 TEST_F(Passes, ComparePassThatStopsEndsTheCommand) {
     // The third pass's run refuses its increment; it has no montage to score.
-    road.afterRun = [this](int run) {
+    front.afterRun = [this](int run) {
         if (run == 2) {
-            road.chosen.incrementText = "99999";
+            front.chosen.incrementText = "99999";
         }
     };
     const EvaluationResult result = compareAllMethods(state, passes, score);
     EXPECT_EQ(result.end, EvaluationEnd::stopped);
-    EXPECT_EQ(road.runs().size(), 2u);  // the third never passed its check
+    EXPECT_EQ(front.runs.size(), 2u);  // the third never passed its check
     EXPECT_EQ(result.scores.size(), 2u);
     EXPECT_EQ(passes.entries("keep ").size(), 2u);
     // Only the run's own message; no best named or shown.
-    EXPECT_EQ(road.messages,
-              std::vector<std::string>{"error 6 (Overflow) at line 1000 of CommandGo"});
+    EXPECT_EQ(front.messages,
+              std::vector<std::string>{
+                  "error 6 (Overflow) at line 1000 of CommandGo | Nobody's Perfect | 1"});
     EXPECT_TRUE(passes.entries("announce ").empty());
     EXPECT_TRUE(passes.entries("best ").empty());
-    EXPECT_EQ(road.ticked(), 2);
-    EXPECT_EQ(state.evaluationPass, 0);
-    EXPECT_EQ(road.fileName, "s1");
+    expectChoicesBack("s1", "99999");  // as the third run found it
     EXPECT_EQ(passes.log.back(), "closed");
 }
 
 TEST_F(Passes, CompareOfAMissingSeriesStopsAtOnce) {
-    road.fileName = "gone1";
+    front.fileName = "gone1";
     const EvaluationResult result = compareAllMethods(state, passes, score);
     EXPECT_EQ(result.end, EvaluationEnd::stopped);
     EXPECT_TRUE(result.scores.empty());
     EXPECT_TRUE(scoredAt.empty());
-    EXPECT_EQ(road.messages,
-              std::vector<std::string>{"So very sorry, but I can't find that file."});
-    EXPECT_EQ(road.ticked(), 2);
-    EXPECT_EQ(state.evaluationPass, 0);
-    EXPECT_EQ(road.fileName, "gone1");  // what the user typed, not the completed name
+    EXPECT_EQ(front.messages,
+              std::vector<std::string>{
+                  "So very sorry, but I can't find that file. | roll the dice again | 3"});
+    expectChoicesBack("gone1");  // what the user typed, not the completed name
 }
 
 TEST(IncrementUpperBound, FromTheWidth) {
@@ -293,12 +209,12 @@ TEST_F(Passes, EvaluateTriesTheIncrementsAndMakesTheBest) {
     const EvaluationResult result = evaluateIncrements(state, passes, score);
     EXPECT_EQ(result.end, EvaluationEnd::completed);
     // The first increment loads, the second reuses; the best is made once more.
-    EXPECT_EQ(road.runs(), (std::vector<std::string>{"2/10", "2/20", "2/20"}));
-    EXPECT_EQ(road.loads(), 1);
+    EXPECT_EQ(front.runs, (std::vector<std::string>{"2/10", "2/20", "2/20"}));
+    EXPECT_EQ(loads(), 1);
     EXPECT_EQ(scoredAt, (std::vector<int>{10, 20}));
     EXPECT_EQ(state.bestIncrement, 20);
     EXPECT_EQ(state.bestMethod, 2);
-    EXPECT_EQ(road.chosen.incrementText, "20");
+    EXPECT_EQ(front.chosen.incrementText, "20");
     EXPECT_EQ(state.evaluationPass, 0);
     EXPECT_EQ(state.sizeCheckOff, kFalse);
     EXPECT_EQ(passes.entries("announce "),
@@ -313,7 +229,7 @@ TEST_F(Passes, EvaluateTieKeepsTheSmallerIncrement) {
     scores[{2, 30}] = 4.0f;
     evaluateIncrements(state, passes, score);
     EXPECT_EQ(state.bestIncrement, 20);
-    EXPECT_EQ(road.runs().back(), "2/20");
+    EXPECT_EQ(front.runs.back(), "2/20");
 }
 
 TEST_F(Passes, EvaluateOfNarrowPictures) {
@@ -329,15 +245,16 @@ TEST_F(Passes, EvaluateOfNarrowPictures) {
         initialiseProgramState(s);
         s.appPath = state.appPath;
         s.imageWidth = r.width;
-        ScriptedRoad narrow;
+        ScriptedFront narrow;
+        narrow.pictures = front.pictures;
         narrow.fileName = "s1";
         narrow.chosen.incrementText = "15";
         narrow.chosen.methodChecked[5] = true;
-        ScriptedPasses front(narrow);
-        const EvaluationResult result = evaluateIncrements(s, front, score);
+        ScriptedPasses narrowPasses(narrow);
+        const EvaluationResult result = evaluateIncrements(s, narrowPasses, score);
         EXPECT_EQ(result.end, EvaluationEnd::completed) << r.name;
-        EXPECT_EQ(narrow.runs().size(), r.runs) << r.name;
-        EXPECT_TRUE(front.entries("announce ").empty()) << r.name;
+        EXPECT_EQ(narrow.runs.size(), r.runs) << r.name;
+        EXPECT_TRUE(narrowPasses.entries("announce ").empty()) << r.name;
         EXPECT_EQ(s.evaluationPass, 0) << r.name;
         EXPECT_EQ(narrow.chosen.incrementText, r.runs == 0 ? "15" : "10") << r.name;
     }
@@ -356,9 +273,8 @@ TEST_F(Passes, EvaluateAllAsksFirstAndCancelChangesNothing) {
                   "increments, to determine which I think looks best.   This may take a "
                   "considerable time.   Do you want to continue? |It's all automatic, but the "
                   "time depends on your computer speed."});
-    EXPECT_TRUE(road.runs().empty());
-    EXPECT_EQ(road.ticked(), 2);
-    EXPECT_EQ(road.chosen.incrementText, "4");
+    EXPECT_TRUE(front.runs.empty());
+    expectChoicesBack();
     EXPECT_EQ(state.bestMeasure, 3.0f);
     EXPECT_EQ(state.bestMethod, 4);
 }
@@ -370,19 +286,16 @@ TEST_F(Passes, EvaluateAllFindsTheBestPair) {
     scores[{0, 20}] = 4.0f;
     const EvaluationResult result = evaluateIncrementsAllMethods(state, passes, score);
     EXPECT_EQ(result.end, EvaluationEnd::completed);
-    const std::vector<std::string> runs = road.runs();
-    ASSERT_EQ(runs.size(), 15u);
-    EXPECT_EQ(runs[0], "6/10");
-    EXPECT_EQ(runs[1], "6/20");
-    EXPECT_EQ(runs[2], "5/10");
-    EXPECT_EQ(runs[13], "0/20");
-    EXPECT_EQ(runs[14], "5/20");  // the best pair, made once more
+    // Method 6 first, each at 10 then 20; the best pair is made once more.
+    EXPECT_EQ(front.runs, (std::vector<std::string>{"6/10", "6/20", "5/10", "5/20", "4/10", "4/20",
+                                                    "3/10", "3/20", "2/10", "2/20", "1/10", "1/20",
+                                                    "0/10", "0/20", "5/20"}));
     // Every increment of the first method loads, and so does the last run.
-    EXPECT_EQ(road.loads(), 3);
+    EXPECT_EQ(loads(), 3);
     EXPECT_EQ(state.bestMethod, 5);
     EXPECT_EQ(state.bestIncrement, 20);
-    EXPECT_EQ(road.ticked(), 5);
-    EXPECT_EQ(road.chosen.incrementText, "20");
+    EXPECT_EQ(front.ticked(), 5);
+    EXPECT_EQ(front.chosen.incrementText, "20");
     EXPECT_EQ(state.evaluationPass, 0);
     EXPECT_EQ(passes.entries("announce "),
               std::vector<std::string>{"I think the best Montage Method is  'Preference Green "
@@ -394,8 +307,8 @@ TEST_F(Passes, EvaluateAllWithNoEarlierRun) {
     state.imageWidth = 0;
     evaluateIncrementsAllMethods(state, passes, score);
     // Nothing is tried; "0" goes to the field, and the run makes it "1".
-    EXPECT_EQ(road.runs(), std::vector<std::string>{"0/1"});
-    EXPECT_EQ(road.chosen.incrementText, "1");
+    EXPECT_EQ(front.runs, std::vector<std::string>{"0/1"});
+    EXPECT_EQ(front.chosen.incrementText, "1");
     EXPECT_EQ(passes.entries("announce "),
               std::vector<std::string>{"I think the best Montage Method is  '3D Color Space "
                                        "Focus'  used with an increment of  0.|well done!"});
@@ -405,7 +318,7 @@ TEST_F(Passes, EvaluateAllStopsWhenAMemberGoesMissingBetweenPasses) {
     state.imageWidth = 130;
     // The first method loads the series for every increment: after the first run,
     // the first file goes.
-    road.afterRun = [this](int run) {
+    front.afterRun = [this](int run) {
         if (run == 1) {
             fs::remove(path("s1.bmp"));
         }
@@ -413,15 +326,11 @@ TEST_F(Passes, EvaluateAllStopsWhenAMemberGoesMissingBetweenPasses) {
     const EvaluationResult result = evaluateIncrementsAllMethods(state, passes, score);
     EXPECT_EQ(result.end, EvaluationEnd::stopped);
     EXPECT_EQ(result.scores.size(), 1u);
-    EXPECT_EQ(road.messages,
-              std::vector<std::string>{"So very sorry, but I can't find that file."});
+    EXPECT_EQ(front.messages,
+              std::vector<std::string>{
+                  "So very sorry, but I can't find that file. | roll the dice again | 3"});
     EXPECT_TRUE(passes.entries("announce ").empty());
-    // The user's choices come back.
-    EXPECT_EQ(road.ticked(), 2);
-    EXPECT_EQ(road.chosen.incrementText, "4");
-    EXPECT_EQ(road.fileName, "s1");
-    EXPECT_EQ(state.evaluationPass, 0);
-    EXPECT_EQ(state.sizeCheckOff, kFalse);
+    expectChoicesBack();
 }
 
 TEST(EvaluationMessages, Texts) {
