@@ -3,8 +3,10 @@
 #include <QCloseEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QTimer>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "series/image_offsets.h"
 #include "series/picture_io.h"
@@ -122,6 +124,9 @@ void PictureBox::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     if (!m_picture.isNull()) {
         painter.drawImage(QPoint(0, 0), m_scale < 1.0 ? m_shown : m_picture);
+    }
+    if (m_afterPaint) {
+        QTimer::singleShot(0, this, std::exchange(m_afterPaint, nullptr));
     }
     if (m_marksVisible) {
         painter.setPen(QPen(m_markColor, 1));

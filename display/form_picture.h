@@ -5,6 +5,7 @@
 #include <QMenu>
 #include <QWidget>
 #include <array>
+#include <functional>
 
 namespace lumiquilt {
 
@@ -36,6 +37,8 @@ class PictureBox : public QWidget {
     /// Turns quick display off; a coarse picture is made smooth at its next paint.
     void sharpen();
     bool showsCoarse() const { return m_coarse; }
+    /// Runs work once, from the event queue, after this control's next paint.
+    void afterNextPaint(std::function<void()> work) { m_afterPaint = std::move(work); }
 
     /// The target mark `Shape1`: member 0 the outer circle, 1 the inner one, in
     /// picture pixels. They may stand anywhere, off the picture too.
@@ -74,6 +77,7 @@ class PictureBox : public QWidget {
     QImage m_shown;         // the picture at the display scale, when that is below 1
     bool m_coarse = false;  // m_shown is cut down by nearest pixels
     bool m_quick = false;
+    std::function<void()> m_afterPaint;
     double m_scale = 1.0;
     bool m_autoSize = false;
     std::array<QRect, 2> m_shapes;

@@ -2,6 +2,7 @@
 // the one road asks for.
 #include <QApplication>
 #include <QFontMetrics>
+#include <QTimer>
 #include <cmath>
 #include <memory>
 
@@ -86,8 +87,7 @@ class CreateImageWindows : public CreateImageFront {
     void setBusy(bool busy) override {
         m_cursor.set(busy);
         if (!busy) {
-            // Every end of a run: what loaded coarsely is made smooth now.
-            f.sharpenPictureWindows();
+            sharpenAfterMontage();
         }
     }
     void clearMontagePicture() override { f.montageWindow()->PictureFile->clearPicture(); }
@@ -154,6 +154,24 @@ class CreateImageWindows : public CreateImageFront {
     }
 
   private:
+    // Every end of a run: what loaded coarsely is made smooth, once the montage is on
+    // the screen (a window just shown paints only when the window system says so,
+    // after the windows already there). A montage that never paints, minimised say,
+    // holds them back a moment at most.
+    void sharpenAfterMontage() {
+        FormMontagePicture* montage = f.montageWindow();
+        FormMontage* form = &f;
+        auto sharpen = [form] { form->sharpenPictureWindows(); };
+        if (montage->isVisible() && montage->PictureFile->hasPicture()) {
+            montage->PictureFile->afterNextPaint(sharpen);
+            montage->PictureFile->update();
+            constexpr int kLatestMs = 500;
+            QTimer::singleShot(kLatestMs, form, sharpen);
+        } else {
+            sharpen();
+        }
+    }
+
     FormMontage& f;
     ProgramState& s;
     WaitCursor m_cursor;

@@ -2,6 +2,8 @@
 #include <QCoreApplication>
 #include <QPixmap>
 
+#include <functional>
+
 #include "support/ui_fixture.h"
 
 namespace lumiquilt {
@@ -58,8 +60,25 @@ TEST(PictureBox, QuickDisplayIsCoarseUntilSharpened) {
 
 class SharpenAfterRun : public UiTest {};
 
+// Calls back at each paint of the widget it watches.
+class CoarseAtPaint : public QObject {
+  public:
+    explicit CoarseAtPaint(std::function<void()> onPaint) : m_onPaint(std::move(onPaint)) {}
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            m_onPaint();
+        }
+        return QObject::eventFilter(watched, event);
+    }
+
+  private:
+    std::function<void()> m_onPaint;
+};
+
 // The series loads coarsely; the windows turn smooth only once the run is over and
-// the montage waits to be painted before them.
+// the montage has been painted.
 TEST_F(SharpenAfterRun, PictureWindowsTurnSmoothAfterTheRun) {
     start();
     for (int k = 1; k <= 3; ++k) {
@@ -67,6 +86,17 @@ TEST_F(SharpenAfterRun, PictureWindowsTurnSmoothAfterTheRun) {
                                  dir.path("wide" + std::to_string(k) + ".png"));
     }
     setFileName(dir.path("wide1.png"));
+    // At the first paint of the montage made, how many series windows are still coarse.
+    int coarseAtMontagePaint = -1;
+    CoarseAtPaint watch([&] {
+        if (coarseAtMontagePaint < 0 && form().montageWindow()->PictureFile->hasPicture()) {
+            coarseAtMontagePaint = 0;
+            for (int k = 1; k <= 3; ++k) {
+                coarseAtMontagePaint += form().pictureWindow(k)->PictureFile->showsCoarse();
+            }
+        }
+    });
+    form().montageWindow()->PictureFile->installEventFilter(&watch);
     form().CommandGo_Click();
     ASSERT_TRUE(ui.messages.empty()) << lastMessage().text;
     for (int k = 1; k <= 3; ++k) {
@@ -74,7 +104,19 @@ TEST_F(SharpenAfterRun, PictureWindowsTurnSmoothAfterTheRun) {
         ASSERT_LT(box.displayScale(), 1.0);
         EXPECT_TRUE(box.showsCoarse()) << k;
     }
-    QCoreApplication::processEvents();
+    // The montage paints, then the windows sharpen: a few turns of the queue, well
+    // before the half second after which they would sharpen anyway.
+    auto anyCoarse = [&] {
+        bool coarse = false;
+        for (int k = 1; k <= 3; ++k) {
+            coarse = coarse || form().pictureWindow(k)->PictureFile->showsCoarse();
+        }
+        return coarse;
+    };
+    for (int turn = 0; turn < 5 && anyCoarse(); ++turn) {
+        QCoreApplication::processEvents();
+    }
+    EXPECT_EQ(coarseAtMontagePaint, 3);
     for (int k = 1; k <= 3; ++k) {
         PictureBox& box = *form().pictureWindow(k)->PictureFile;
         EXPECT_FALSE(box.showsCoarse()) << k;
