@@ -333,14 +333,5 @@ TEST_F(Passes, EvaluateAllStopsWhenAMemberGoesMissingBetweenPasses) {
     expectChoicesBack();
 }
 
-TEST(EvaluationMessages, Texts) {
-    EXPECT_EQ(compareMessage(6), "I think the best Montage Method is 'Preference Blue Focus'.");
-    EXPECT_EQ(evaluateMessage(0, 30),
-              "I think the best increment for this '3D Color Space Focus' Montage Method is  30.");
-    EXPECT_EQ(evaluateAllMessage(1, 200),
-              "I think the best Montage Method is  'Absolute Color Difference'  used with an "
-              "increment of  200.");
-}
-
 }  // namespace
 }  // namespace lumiquilt
