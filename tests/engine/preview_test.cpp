@@ -154,22 +154,6 @@ TEST(PreviewProgress, AtMostOnePaintForEachPreviewRow) {
     }
 }
 
-TEST(PreviewProgress, RowsBeyondEitherBufferAreLeftOut) {
-    ProgramState s = makeState(40, 32, 1);  // montageMaxY 31
-    s.buffers.sizePreview(kFrame, kFrame);
-    PreviewProgress progress;
-    progress.start();
-    EXPECT_EQ(progress.lastRow(), -999);
-    EXPECT_TRUE(progress.row(s.buffers, 31));
-    EXPECT_EQ(progress.lastRow(), 159);
-    EXPECT_FALSE(progress.row(s.buffers, 31));  // the same preview row again
-    EXPECT_FALSE(progress.row(s.buffers, 32));  // the block row at imageHeight
-    EXPECT_FALSE(progress.row(s.buffers, 40));
-    EXPECT_EQ(progress.lastRow(), 159);
-    ProgramState noPreview = makeState(40, 32, 1);
-    EXPECT_FALSE(progress.row(noPreview.buffers, 0));
-}
-
 TEST(PreviewProgress, CopiesTheRowsFirstBufferRowOnly) {
     ProgramState s = makeState(320, 160, 1);
     for (int x = 0; x < 320; ++x) {
