@@ -189,17 +189,6 @@ TEST_F(CreateImageTest, IncrementTexts) {
     EXPECT_TRUE(ui.messages.empty());
 }
 
-TEST_F(CreateImageTest, NameWithoutADigitKeepsTheCompletedName) {
-    testing::savePictureFile(testing::patternPicture(8, 8, 1), dir.path("plain.png"));
-    create("plain.png");
-    expectOneMessage(
-        "You must have a number as the last letter in the file name,  eg "
-        "c:\\thisdirectory\\myfile1.bmp, or c:\\myotherfile6",
-        "Rename the file and try again", MessageIcon::critical);
-    EXPECT_EQ(form().textFileName->text().toStdString(), dir.path("plain.png"));
-    EXPECT_TRUE(form().recentFiles().at(0).empty());
-}
-
 TEST_F(CreateImageTest, MissingFileEmptiesItsRecentEntry) {
     form().addRecentFile(dir.path("gone1.png"));
     create(dir.path("gone1.png"));

@@ -93,7 +93,12 @@ INSTANTIATE_TEST_SUITE_P(
                   "You must have a number as the last letter in the file name,  eg "
                   "c:\\thisdirectory\\myfile1.bmp, or c:\\myotherfile6 | Rename the file and try "
                   "again | 1",
-                  0, false},
+                  0, false,
+                  // The field keeps the name completed with the program's folder.
+                  [](CreateImageRoad& t) {
+                      t.run("scene.bmp");
+                      EXPECT_EQ(t.front.fileName, t.path("scene.bmp"));
+                  }},
         EarlyExit{"MissingFile", [](CreateImageRoad&) {}, "s1.bmp", RunEnd::endedEarly,
                   "So very sorry, but I can't find that file. | roll the dice again | 3", 0, false},
         EarlyExit{
