@@ -89,24 +89,6 @@ TEST(ReducePicture, SamplesTheNearestPixelRowByRow) {
     }
 }
 
-TEST(ReducePicture, MontageSlotsAndMissingPictures) {
-    ProgramState s = makeState(64, 48, 1);
-    setPixel(s, 103, 63, 47, 200, 100, 50);
-    s.buffers.sizePreview(kFrame, kFrame);
-    ASSERT_TRUE(reducePicture(s.buffers, 103, nullptr));
-    const uint8_t* corner = s.buffers.previewPixels.data() + (159 * kFrame + 159) * 3;
-    EXPECT_EQ(corner[2], 200);
-    EXPECT_EQ(corner[1], 100);
-    EXPECT_EQ(corner[0], 50);
-    // Image 2 isn't in the buffers, nor slot 107; nothing is drawn.
-    int rows = 0;
-    EXPECT_FALSE(reducePicture(s.buffers, 2, [&](int) { ++rows; }));
-    EXPECT_FALSE(reducePicture(s.buffers, 107, [&](int) { ++rows; }));
-    EXPECT_EQ(rows, 0);
-    ProgramState noPreview = makeState(64, 48, 1);
-    EXPECT_FALSE(reducePicture(noPreview.buffers, 1, nullptr));
-}
-
 // Runs the block loop with the progress preview behind it, as a run does; gives the
 // preview rows drawn in order.
 std::vector<int> progressRows(ProgramState& s, int increment) {
