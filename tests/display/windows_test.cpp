@@ -40,7 +40,11 @@ class WindowsTest : public UiTest {
     std::vector<std::string> visibleEntries2() { return visible(form().m.mnuWindow2, 0); }
 };
 
-TEST_F(WindowsTest, HelpAndContactOpenTheirPages) {
+TEST_F(WindowsTest, HelpAndContactOpenTheirPagesAndFourCommandsStayHidden) {
+    for (QAction* hidden :
+         {form().m.mnuSelect, form().m.mnuEvaluate, form().m.mnuEvaluateAll, form().m.mnuSmooth}) {
+        EXPECT_FALSE(hidden->isVisible()) << hidden->text().toStdString();
+    }
     form().m.mnuHelp->trigger();
     form().m.mnuContact->trigger();
     EXPECT_EQ(ui.opened,
