@@ -114,70 +114,40 @@ TEST(Cli, HelpAndVersionGoToStandardOutput) {
     EXPECT_EQ(v.out, std::string("lumiquilt-cli ") + kVersionText + "\n");
 }
 
+// The engine's own table holds every message a run can end with; these rows show
+// that each command passes them on, and what only lumiquilt-cli says.
 TEST(Cli, RunsEndWithTheirMessages) {
     TestFolder dir;
-    makeSeries(dir, 3);
+    makeSeries(dir, 1);
     testing::writeBytes(dir.path("bad1.png"), "no picture");
-    testing::savePictureFile(testing::patternPicture(10, 10, 1), dir.path("mid1.png"));
-    testing::writeBytes(dir.path("mid2.png"), "corrupt");
-    testing::savePictureFile(testing::patternPicture(10, 10, 3), dir.path("mid3.png"));
-    testing::writeBytes(dir.path("s99999.png"), "x");
     testing::savePictureFile(testing::patternPicture(40, 30, 1), dir.path("d1.png"));
     testing::savePictureFile(testing::patternPicture(20, 10, 2), dir.path("d2.png"));
-    for (int k = 1; k <= 2; ++k) {
-        testing::savePictureFile(testing::flatPicture(50, 40, QColor(10 * k, 90, 200)),
-                                 dir.path("f" + std::to_string(k) + ".png"));
-    }
-    testing::writeBytes(dir.path("nine.mon"),
-                        "[project]\r\n  First file name =s1.png\r\n"
-                        "  Montage method used =9 (x)\r\n");
-    testing::writeBytes(dir.path("gone.mon"), "[project]\r\n  First file name =gone1.png\r\n");
     const std::string notFound = "So very sorry, but I can't find that file.\n";
-    const std::string noPicture = "This is not a valid picture file that I can read.\n";
-    const std::string overflow = "error 6 (Overflow) at line 1000 of CommandGo\n";
     struct Row {
         std::string line;
         int code;
-        std::string out;
         std::string err;
     };
     // Where the window program would stop, lumiquilt-cli exits with 1.
     const Row rows[] = {
-        {"montage gone1.png", 1, "", notFound},
-        {"montage nodigit.png", 1, "",
-         "You must have a number as the last letter in the file name,  eg "
-         "c:\\thisdirectory\\myfile1.bmp, or c:\\myotherfile6\n"},
-        {"montage bad1.png", 1, "", noPicture},
-        {"montage mid1.png", 1, "", noPicture},
-        {"montage s1.png -i 99999", 1, "", overflow},
-        {"montage s99999.png", 1, "",
-         "The number in the file name is too large: a series can start from a number of at "
-         "most 32767.\n"},
-        {"montage s1.png -o no-folder/m.bmp", 1, "",
-         "cannot write no-folder/m.bmp: Path not found\n"},
-        {"compare gone1.png", 1, "", notFound},
-        {"evaluate gone1.png", 1, "", notFound},
-        {"compare bad1.png", 1, "", noPicture},
-        {"evaluate bad1.png --all-methods", 1, "", noPicture},
-        {"compare s1.png -i 99999", 1, "", overflow},
-        {"montage --project none.mon", 1, "",
+        {"montage gone1.png", 1, notFound},
+        {"montage s1.png -o no-folder/m.bmp", 1, "cannot write no-folder/m.bmp: Path not found\n"},
+        {"compare gone1.png", 1, notFound},
+        {"evaluate gone1.png", 1, notFound},
+        {"evaluate bad1.png --all-methods", 1,
+         "This is not a valid picture file that I can read.\n"},
+        {"montage --project none.mon", 1,
          "There is a problem in reading that file.   It appears not to exist.   Try another "
          "project file.\n"},
-        {"montage --project nine.mon", 1, "",
-         "There is a problem in reading that file.   The error message is 'Subscript out of "
-         "range'.   Try another project file.\n"},
-        {"montage --project gone.mon", 1, "", notFound},
         // An image of another size is a warning only.
-        {"montage d1.png", 0, "",
+        {"montage d1.png", 0,
          "Image 2 has a different dimension (20,10) from Image 1 (40,30).   All images must be "
          "the same size.\n"},
-        // A flat series scores zero.
-        {"montage f1.png --score", 0, "score 0.000000\n", ""},
     };
     for (const Row& row : rows) {
         const CliRun r = cli(row.line, dir.root());
         EXPECT_EQ(r.code, row.code) << row.line;
-        EXPECT_EQ(r.out, row.out) << row.line;
+        EXPECT_TRUE(r.out.empty()) << row.line;
         EXPECT_EQ(r.err, row.err) << row.line;
     }
 }
@@ -219,11 +189,11 @@ TEST(Cli, OffsetsReportTheMarksAndTheDesignPlace) {
                          "  Montage made from"),
               std::string::npos)
         << r.out;
-    // The maximum area: 40 + 24 + 3 by 30 + 41 + 3, down to multiples of 4.
-    ASSERT_EQ(
-        cli("montage s1.png --offsets max --mark 3:-4,50 --mark 2:20,9 -o m.png", dir.root()).code,
-        0);
-    EXPECT_EQ(picture(dir, "m.png").size(), QSize(64, 72));
+    // Without --offsets the marks change nothing.
+    const CliRun plain = cli("montage s1.png -o a.png --report -", dir.root());
+    const CliRun marked = cli("montage s1.png --mark 2:40,2 -o b.png --report -", dir.root());
+    EXPECT_EQ(marked.out, plain.out);
+    EXPECT_EQ(picture(dir, "b.png"), picture(dir, "a.png"));
 }
 
 TEST(Cli, OneImageGivesThePictureBack) {
@@ -234,9 +204,9 @@ TEST(Cli, OneImageGivesThePictureBack) {
     testing::savePictureFile(small, dir.path("one1.png"));
     testing::savePictureFile(padded, dir.path("p1.png"));
     const std::pair<const char*, const QImage*> rows[] = {
-        {"one1.png -i 7 -o m.bmp", &small},  {"one1.png -i 7 -o m.png", &small},
-        {"p1.png -i 1 -o m.png", &padded},   {"p1.png -i 20 -o m.png", &padded},
-        {"p1.png -i 481 -o m.png", &padded}, {"p1.png -i 5000 -o m.png", &padded},
+        {"one1.png -i 7 -o m.bmp", &small},
+        {"one1.png -i 7 -o m.png", &small},
+        {"p1.png -i 20 -o m.png", &padded},
     };
     for (const auto& [line, expected] : rows) {
         const CliRun r = cli(std::string("montage ") + line, dir.root());
@@ -259,6 +229,8 @@ TEST(Cli, EvaluateOfANarrowSeriesTriesNothing) {
     EXPECT_EQ(picture(dir, "m.png"), picture(dir, "alone.png"));
 }
 
+// Replacing, reading back and saving again are the project file's own tests; here,
+// that the option writes the pair and says why it could not.
 TEST(Cli, SaveProjectWritesThePairAsTheWindowProgramDoes) {
     TestFolder dir;
     makeSeries(dir, 4);
@@ -267,28 +239,14 @@ TEST(Cli, SaveProjectWritesThePairAsTheWindowProgramDoes) {
             dir.root());
     ASSERT_EQ(r.code, 0) << r.err;
     EXPECT_EQ(testing::readBytes(dir.path("job.mon")), "[project]\r\n" + r.out + "\r\n");
-    EXPECT_NE(r.out.find("  Ignore image number =2, 4\r\n"), std::string::npos);
     EXPECT_EQ(testing::readBytes(dir.path("job.qvz")).substr(0, 2), "BM");
     EXPECT_EQ(testing::readBytes(dir.path("job.qvz")), testing::readBytes(dir.path("m.bmp")));
-
-    // A second save replaces both; a folder that isn't there is the write message.
-    const CliRun again =
-        cli({"montage", dir.path("s1.png"), "-i", "5", "--save-project", dir.path("job.mon")}, "/");
-    ASSERT_EQ(again.code, 0) << again.err;
-    EXPECT_NE(testing::readBytes(dir.path("job.mon")).find("  Increment size =5\r\n"),
-              std::string::npos);
     const CliRun bad = cli("montage s1.png --save-project no-folder/job.mon", dir.root());
     EXPECT_EQ(bad.code, 1);
     EXPECT_EQ(bad.err,
               "There is a problem in writing to that file.   The error message is 'Path not "
               "found'.   Try another name and make sure the file and disk are not write "
               "protected or full.\n");
-    // Reading leaves the project alone; saving it again adds one empty line.
-    ASSERT_EQ(cli("montage s1.png -i 7 --save-project p.mon", dir.root()).code, 0);
-    const std::string first = testing::readBytes(dir.path("p.mon"));
-    const CliRun resaved = cli("montage --project p.mon --save-project p.mon", dir.root());
-    ASSERT_EQ(resaved.code, 0) << resaved.err;
-    EXPECT_EQ(testing::readBytes(dir.path("p.mon")), first + "\r\n");
 }
 
 using testing::fingerprint;

@@ -6,7 +6,6 @@
 
 #include <map>
 
-#include "core/version.h"
 #include "support/ui_fixture.h"
 
 namespace lumiquilt {
@@ -138,22 +137,11 @@ TEST_F(StartSysInfoTest, StartsTheProgramEitherKeyNamesOrSaysItIsUnavailable) {
 
 using AboutTest = testing::UiTest;
 
-TEST_F(AboutTest, TheBoxReadsAsDesigned) {
+TEST_F(AboutTest, TheLinkOpensTheWebPageAndSystemInfoStartsTheProgram) {
     auto keys = std::make_unique<FakeKeys>();
     FakeKeys* store = keys.get();
     frmAbout about(ui, std::move(keys));
-    EXPECT_EQ(about.windowTitle(), "About Lumiquilt");
-    EXPECT_EQ(about.lblTitle->text(), "Lumiquilt");
-    EXPECT_EQ(about.lblVersion->text().toStdString(), "Version " + std::to_string(kVersionMajor) +
-                                                          "." + std::to_string(kVersionMinor) +
-                                                          "." + std::to_string(kVersionRevision));
-    EXPECT_EQ(about.lblVersion->text().toStdString(), std::string("Version ") + kVersionText);
-    EXPECT_TRUE(about.lblDescription->text().contains("single well exposed picture"));
     EXPECT_TRUE(about.lblDescription->text().contains(kProductWebPage));
-    EXPECT_FALSE(about.lblDisclaimer->text().isEmpty());
-    EXPECT_EQ(about.cmdSysInfo->text(), "&System Info...");
-    EXPECT_FALSE(about.picIcon->pixmap().isNull());
-
     emit about.lblDescription->linkActivated(kProductWebPage);
     ASSERT_EQ(ui.opened.size(), 1u);
     EXPECT_EQ(ui.opened[0], kProductWebPage);

@@ -1,6 +1,8 @@
-// Hostile inputs against both front ends of Create Image: each row names a series
-// (or a settings file) and the message or result that the window program and
-// lumiquilt-cli must both come to. The files are in tests/data/hostile/.
+// Hostile inputs against Create Image: each row names a series (or a settings
+// file) and the message or montage a run must come to. Both front ends read a series
+// through the same engine and decoders, so lumiquilt-cli runs every series; the
+// window program runs those whose names must pass through its field. The files are
+// in tests/data/hostile/.
 #include <sys/stat.h>
 
 #include <gtest/gtest.h>
@@ -21,33 +23,19 @@ using testing::UiTest;
 
 const std::string kHostile = LUMIQUILT_TEST_DATA "/hostile/";
 
-// What a run must end with, on either road.
+// What a run must end with.
 struct Outcome {
-    std::string text;  ///< the message that stops the run; empty when there is none
-    std::string title;
-    MessageIcon icon = MessageIcon::none;
-    int images = 0;  ///< pictures the window program has loaded at the end
-    bool montage = false;
+    std::string message;  ///< the message that stops the run; empty when a montage is made
+    int images = 0;       ///< the pictures the montage is made from
     std::function<void(const QImage&)> checkMontage = nullptr;
 };
 
-Outcome notAPicture(int loaded) {
-    return {"This is not a valid picture file that I can read.", "Try a different format",
-            MessageIcon::critical, loaded, false};
-}
-
-Outcome notFound() {
-    return {"So very sorry, but I can't find that file.", "roll the dice again",
-            MessageIcon::exclamation, 0, false};
-}
-
-Outcome outOfMemory() {
-    return {"error 7 (Out of memory) at line 5100 of CommandGo", std::string(kGeneralMessageTitle),
-            MessageIcon::critical, 0, false};
-}
+const Outcome kNotAPicture{"This is not a valid picture file that I can read."};
+const Outcome kNotFound{"So very sorry, but I can't find that file."};
+const Outcome kOutOfMemory{"error 7 (Out of memory) at line 5100 of CommandGo"};
 
 Outcome montageOf(int images, std::function<void(const QImage&)> check = nullptr) {
-    return {"", "", MessageIcon::none, images, true, std::move(check)};
+    return {"", images, std::move(check)};
 }
 
 // One file of a series: a good picture of the series' type, a fixture, these bytes,
@@ -60,9 +48,6 @@ struct Member {
 const Member kGood{Member::good, ""};
 const Member kEmpty{Member::bytes, ""};
 const Member kFolder{Member::folder, ""};
-std::vector<Member> only(const Member& member) {
-    return {member};
-}
 std::vector<Member> fixture(const std::string& file) {
     return {{Member::fixture, file}};
 }
@@ -74,6 +59,7 @@ struct SeriesRow {
     Outcome outcome;
     std::string folder = "series";  ///< where the members lie
     std::string stem = "h";         ///< member k is stem + k + extension
+    bool window = false;            ///< the window program runs it too
     std::size_t budget = 0;  ///< bytes the buffers may take beyond what they hold; 0: no limit
 };
 
@@ -139,19 +125,18 @@ std::vector<SeriesRow> seriesRows() {
                       first & 0xFFFFFF);
         };
     };
-    const std::vector<Member> none;
     const std::vector<Member> two(2, kGood);
     const std::vector<Member> three(3, kGood);
     std::vector<SeriesRow> rows = {
-        {"BMP claiming 100000 by 100000", ".bmp", fixture("bmp_100000x100000.bmp"), notAPicture(0)},
+        {"BMP claiming 100000 by 100000", ".bmp", fixture("bmp_100000x100000.bmp"), kNotAPicture},
         {"PNG claiming 30000 by 30000 is more than memory allows", ".png",
-         fixture("png_30000x30000.png"), outOfMemory()},
-        {"series beyond the memory budget", ".png", three, outOfMemory(), "series", "h", 100},
+         fixture("png_30000x30000.png"), kOutOfMemory},
+        {"series beyond the memory budget", ".png", three, kOutOfMemory, "series", "h", false, 100},
         {"PNG whose text chunk claims 2 GB", ".png", fixture("png_text_chunk_claims_2GB.png"),
-         notAPicture(0)},
-        {"BMP of negative width", ".bmp", fixture("bmp_negative_width.bmp"), notAPicture(0)},
-        {"BMP of zero width", ".bmp", fixture("bmp_zero_width.bmp"), notAPicture(0)},
-        {"BMP of zero height", ".bmp", fixture("bmp_zero_height.bmp"), notAPicture(0)},
+         kNotAPicture},
+        {"BMP of negative width", ".bmp", fixture("bmp_negative_width.bmp"), kNotAPicture},
+        {"BMP of zero width", ".bmp", fixture("bmp_zero_width.bmp"), kNotAPicture},
+        {"BMP of zero height", ".bmp", fixture("bmp_zero_height.bmp"), kNotAPicture},
         {"BMP of negative height runs top-down", ".bmp", fixture("bmp_top_down.bmp"),
          montageOf(1, firstFileRowAt(true))},
         {"BMP whose size fields lie reads by its header", ".bmp",
@@ -159,21 +144,17 @@ std::vector<SeriesRow> seriesRows() {
         {"BMP whose pixels start past its end is black", ".bmp",
          fixture("bmp_offset_beyond_end.bmp"), montageOf(1, expectBlack)},
         {"GIF with a 65535 by 65535 screen", ".gif", fixture("gif_65535x65535_screen.gif"),
-         notAPicture(0)},
-        {"first member of no picture format", ".jpg", only({Member::bytes, "not a picture"}),
-         notAPicture(0)},
-        {"folder named like the first member", ".png", only(kFolder), notFound()},
+         kNotAPicture},
         {"folder named like the middle member ends the series", ".png", withMemberAt(1, kFolder),
          montageOf(1)},
         {"folder named like the last member ends the series", ".png", withMemberAt(2, kFolder),
          montageOf(2)},
-        {"name of 300 characters cannot exist", ".png", none, notFound(), "series",
-         std::string(295, 'n')},
         {"path of 300 characters", ".png", three, montageOf(3),
          std::string(100, 'a') + "/" + std::string(100, 'b') + "/" + std::string(100, 'c'),
-         "scene "},
-        {"blanks in folder and name", ".jpg", two, montageOf(2), " my pictures ", "a scene "},
-        {"UTF-8 in folder and name", ".bmp", two, montageOf(2), "Bilder Ünïcødé", "été_ß_日本"},
+         "scene ", true},
+        {"blanks in folder and name", ".jpg", two, montageOf(2), " my pictures ", "a scene ", true},
+        {"UTF-8 in folder and name", ".bmp", two, montageOf(2), "Bilder Ünïcødé", "été_ß_日本",
+         true},
     };
     // Truncated members: BMP, JPEG and GIF decoders give what they read (the rest
     // black), a truncated PNG is no picture.
@@ -185,26 +166,19 @@ std::vector<SeriesRow> seriesRows() {
                 {std::string("truncated ") + (extension + 1) + " as the " + places[at] + " member",
                  extension,
                  withMemberAt(at, {Member::fixture, std::string("truncated") + extension}),
-                 decodes ? montageOf(3) : notAPicture(at)});
+                 decodes ? montageOf(3) : kNotAPicture});
         }
     }
     for (int at = 0; at < 3; ++at) {
         rows.push_back({std::string("empty file as the ") + places[at] + " member", ".png",
-                        withMemberAt(at, kEmpty), notAPicture(at)});
+                        withMemberAt(at, kEmpty), kNotAPicture});
     }
     return rows;
 }
 
-class HostileSeries : public UiTest, public ::testing::WithParamInterface<SeriesRow> {
-  protected:
-    void SetUp() override {
-        UiTest::SetUp();
-        start();
-        form().activateFirstTime();
-    }
-};
+class HostileSeries : public UiTest, public ::testing::WithParamInterface<SeriesRow> {};
 
-TEST_P(HostileSeries, BothRoadsComeToTheSameEnd) {
+TEST_P(HostileSeries, EndsAsItShould) {
     const SeriesRow& row = GetParam();
     const std::string folder = dir.path(row.folder);
     fs::create_directories(folder);
@@ -224,53 +198,49 @@ TEST_P(HostileSeries, BothRoadsComeToTheSameEnd) {
         ~BudgetScope() { SampleBuffer::setBudget(0); }
     } budget(row.budget);
 
-    // The window program.
-    setFileName(first);
-    setIncrement("4");
-    form().CommandGo_Click();
-    if (expected.text.empty()) {
-        EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
-    } else {
-        ASSERT_EQ(ui.messages.size(), 1u);
-        EXPECT_EQ(lastMessage().text, expected.text);
-        EXPECT_EQ(lastMessage().title, expected.title);
-        EXPECT_EQ(lastMessage().icon, expected.icon);
-    }
-    EXPECT_EQ(state.imageCount, expected.images);
-    EXPECT_EQ(form().montageWindow()->isVisible(), expected.montage);
-    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
-    const QImage shown = form().montageWindow()->PictureFile->picture();
-    if (expected.montage && expected.checkMontage) {
-        expected.checkMontage(shown);
-    }
-
-    // lumiquilt-cli.
     std::ostringstream out;
     std::ostringstream err;
     const std::string written = dir.path("cli.png");
-    const int code = runCli({"montage", first, "-i", "4", "-o", written}, "/", out, err);
-    if (expected.montage) {
-        EXPECT_EQ(code, 0) << err.str();
-        EXPECT_EQ(err.str(), "");
-        const QImage fromCli(QString::fromStdString(written));
-        EXPECT_EQ(fromCli.convertToFormat(QImage::Format_RGB888),
-                  shown.convertToFormat(QImage::Format_RGB888));
-    } else {
+    const int code =
+        runCli({"montage", first, "-i", "4", "-o", written, "--report", "-"}, "/", out, err);
+    if (!expected.message.empty()) {
         EXPECT_EQ(code, 1);
-        EXPECT_EQ(err.str(), expected.text + "\n");
+        EXPECT_EQ(err.str(), expected.message + "\n");
         EXPECT_FALSE(fs::exists(written));
+        return;
     }
+    ASSERT_EQ(code, 0) << err.str();
+    EXPECT_EQ(err.str(), "");
+    EXPECT_NE(out.str().find("Number of files found = " + std::to_string(expected.images) + "\r"),
+              std::string::npos)
+        << out.str();
+    const QImage montage =
+        QImage(QString::fromStdString(written)).convertToFormat(QImage::Format_RGB888);
+    if (expected.checkMontage) {
+        expected.checkMontage(montage);
+    }
+    if (!row.window) {
+        return;
+    }
+    start();
+    form().activateFirstTime();
+    setFileName(first);
+    setIncrement("4");
+    form().CommandGo_Click();
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_EQ(state.imageCount, expected.images);
+    EXPECT_EQ(form().montageWindow()->PictureFile->picture().convertToFormat(QImage::Format_RGB888),
+              montage);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, HostileSeries, ::testing::ValuesIn(seriesRows()),
                          rowName<SeriesRow>);
 
-// A settings file the program starts with, the increment it then shows, and what
-// the file must be after one Create Image of the window program.
+// A settings file the program starts with, and what the file must be after one
+// Create Image of the window program.
 struct SettingsRow {
     std::string what;
     std::function<void(const std::string& path)> make;
-    std::string increment;
     std::function<void(const std::string& before, const std::string& path,
                        const std::string& first)>
         after;
@@ -289,10 +259,6 @@ std::vector<std::string> linesOf(const std::string& content) {
     return lines;
 }
 
-std::string read(const std::string& path, const std::string& key) {
-    return readProfileString(path, "preferences", key, "0");
-}
-
 // Every old line stays, in its order, but for the keys a run writes; the run's name
 // reads back.
 void otherLinesKept(const std::string& before, const std::string& path, const std::string& first) {
@@ -307,16 +273,7 @@ void otherLinesKept(const std::string& before, const std::string& path, const st
         }
         ASSERT_LT(j, now.size()) << "lost: " << line.substr(0, 60);
     }
-    EXPECT_EQ(read(path, "filename"), first);
-}
-
-// The old bytes open the new file; the keys follow in a section of their own.
-void oldBytesThenSection(const std::string& before, const std::string& path,
-                         const std::string& first) {
-    const std::string now = testing::readBytes(path);
-    ASSERT_GT(now.size(), before.size());
-    EXPECT_EQ(now.substr(0, before.size()), before);
-    EXPECT_EQ(read(path, "filename"), first);
+    EXPECT_EQ(readProfileString(path, "preferences", "filename", "0"), first);
 }
 
 void untouched(const std::string& before, const std::string& path, const std::string&) {
@@ -336,22 +293,12 @@ std::function<void(const std::string&)> copyOf(const std::string& fixtureName) {
     return [fixtureName](const std::string& path) { fs::copy_file(kHostile + fixtureName, path); };
 }
 
+// Reading and writing each kind of file is the settings' own tests' work; these
+// are the ones a run must get past without a word.
 std::vector<SettingsRow> settingsRows() {
     return {
-        {"NUL bytes cut a value and stay in the file", copyOf("settings_nul.ini"), "3",
-         otherLinesKept},
-        {"garbage reads as no settings", copyOf("settings_garbage.ini"), "0", oldBytesThenSection},
-        {"line of 10 MB",
-         [](const std::string& path) {
-             testing::writeBytes(path, "[preferences]\nIncrement=7\nnotes=" +
-                                           std::string(10 << 20, 'x') + "\nfilename=/old1.png\n");
-         },
-         "7", otherLinesKept},
-        {"keys without a section are not read", copyOf("settings_no_section.ini"), "0",
-         oldBytesThenSection},
-        {"CR-only line ends make one line", copyOf("settings_cr_only.ini"), "0",
-         oldBytesThenSection},
-        {"a folder in its place", [](const std::string& path) { fs::create_directory(path); }, "0",
+        {"NUL bytes cut a value and stay in the file", copyOf("settings_nul.ini"), otherLinesKept},
+        {"a folder in its place", [](const std::string& path) { fs::create_directory(path); },
          stillAnEmptyFolder},
         {"read-only file",
          [](const std::string& path) {
@@ -359,7 +306,7 @@ std::vector<SettingsRow> settingsRows() {
              fs::permissions(
                  path, fs::perms::owner_read | fs::perms::group_read | fs::perms::others_read);
          },
-         "7", untouched},
+         untouched},
     };
 }
 
@@ -373,8 +320,6 @@ TEST_P(HostileSettings, CostNothingButTheSettings) {
     makeSeries("s", 2);
     start();
     form().activateFirstTime();
-    EXPECT_EQ(form().TextIncrement->text().toStdString(), row.increment);
-
     setFileName(dir.path("s1.png"));
     setIncrement("10");
     form().CommandGo_Click();
@@ -382,13 +327,6 @@ TEST_P(HostileSettings, CostNothingButTheSettings) {
     EXPECT_EQ(state.imageCount, 2);
     EXPECT_TRUE(form().montageWindow()->isVisible());
     row.after(before, path, dir.path("s1.png"));
-
-    // lumiquilt-cli keeps no settings: it makes the montage and leaves the file be.
-    const std::string now = fs::is_directory(path) ? "" : testing::readBytes(path);
-    std::ostringstream out;
-    std::ostringstream err;
-    EXPECT_EQ(runCli({"montage", dir.path("s1.png"), "--score"}, "/", out, err), 0) << err.str();
-    EXPECT_EQ(fs::is_directory(path) ? "" : testing::readBytes(path), now);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, HostileSettings, ::testing::ValuesIn(settingsRows()),

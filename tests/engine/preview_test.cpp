@@ -89,24 +89,6 @@ TEST(ReducePicture, SamplesTheNearestPixelRowByRow) {
     }
 }
 
-TEST(ReducePicture, MontageSlotsAndMissingPictures) {
-    ProgramState s = makeState(64, 48, 1);
-    setPixel(s, 103, 63, 47, 200, 100, 50);
-    s.buffers.sizePreview(kFrame, kFrame);
-    ASSERT_TRUE(reducePicture(s.buffers, 103, nullptr));
-    const uint8_t* corner = s.buffers.previewPixels.data() + (159 * kFrame + 159) * 3;
-    EXPECT_EQ(corner[2], 200);
-    EXPECT_EQ(corner[1], 100);
-    EXPECT_EQ(corner[0], 50);
-    // Image 2 isn't in the buffers, nor slot 107; nothing is drawn.
-    int rows = 0;
-    EXPECT_FALSE(reducePicture(s.buffers, 2, [&](int) { ++rows; }));
-    EXPECT_FALSE(reducePicture(s.buffers, 107, [&](int) { ++rows; }));
-    EXPECT_EQ(rows, 0);
-    ProgramState noPreview = makeState(64, 48, 1);
-    EXPECT_FALSE(reducePicture(noPreview.buffers, 1, nullptr));
-}
-
 // Runs the block loop with the progress preview behind it, as a run does; gives the
 // preview rows drawn in order.
 std::vector<int> progressRows(ProgramState& s, int increment) {
@@ -152,22 +134,6 @@ TEST(PreviewProgress, AtMostOnePaintForEachPreviewRow) {
             }
         }
     }
-}
-
-TEST(PreviewProgress, RowsBeyondEitherBufferAreLeftOut) {
-    ProgramState s = makeState(40, 32, 1);  // montageMaxY 31
-    s.buffers.sizePreview(kFrame, kFrame);
-    PreviewProgress progress;
-    progress.start();
-    EXPECT_EQ(progress.lastRow(), -999);
-    EXPECT_TRUE(progress.row(s.buffers, 31));
-    EXPECT_EQ(progress.lastRow(), 159);
-    EXPECT_FALSE(progress.row(s.buffers, 31));  // the same preview row again
-    EXPECT_FALSE(progress.row(s.buffers, 32));  // the block row at imageHeight
-    EXPECT_FALSE(progress.row(s.buffers, 40));
-    EXPECT_EQ(progress.lastRow(), 159);
-    ProgramState noPreview = makeState(40, 32, 1);
-    EXPECT_FALSE(progress.row(noPreview.buffers, 0));
 }
 
 TEST(PreviewProgress, CopiesTheRowsFirstBufferRowOnly) {

@@ -62,7 +62,14 @@ TEST(PropertiesReport, OffsetLines) {
                         "  Image 3 offset X =0\r\n  Image 3 offset Y =0\r\n"),
               std::string::npos);
     EXPECT_EQ(text.find("Image 2 offset"), std::string::npos);
+    // Offsets on with no display entry: the offsets, but no method.
+    in.offsetsMin = false;
+    const std::string noEntry = setPropertiesString(in);
+    EXPECT_EQ(noEntry.find("Offset display method"), std::string::npos);
+    EXPECT_NE(noEntry.find("Smoothing =no \r\n  Image 1 offset X =12\r\n"), std::string::npos)
+        << noEntry;
     // Offsets off: no offset lines, whatever the display entries say.
+    in.offsetsMin = true;
     in.addOffsets = false;
     EXPECT_EQ(setPropertiesString(in).find("Offset"), std::string::npos);
 }

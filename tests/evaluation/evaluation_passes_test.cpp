@@ -233,30 +233,19 @@ TEST_F(Passes, EvaluateTieKeepsTheSmallerIncrement) {
 }
 
 TEST_F(Passes, EvaluateOfNarrowPictures) {
-    struct Row {
-        const char* name;
-        float width;
-        size_t runs;
-    };
     // Below 117 only 10 is tried, with no closing run and no message; below 57, or
     // before any run, nothing at all.
-    for (const Row& r : {Row{"116 wide", 116, 1}, Row{"56 wide", 56, 0}, Row{"no run yet", 0, 0}}) {
-        ProgramState s;
-        initialiseProgramState(s);
-        s.appPath = state.appPath;
-        s.imageWidth = r.width;
-        ScriptedFront narrow;
-        narrow.pictures = front.pictures;
-        narrow.fileName = "s1";
-        narrow.chosen.incrementText = "15";
-        narrow.chosen.methodChecked[5] = true;
-        ScriptedPasses narrowPasses(narrow);
-        const EvaluationResult result = evaluateIncrements(s, narrowPasses, score);
-        EXPECT_EQ(result.end, EvaluationEnd::completed) << r.name;
-        EXPECT_EQ(narrow.runs.size(), r.runs) << r.name;
-        EXPECT_TRUE(narrowPasses.entries("announce ").empty()) << r.name;
-        EXPECT_EQ(s.evaluationPass, 0) << r.name;
-        EXPECT_EQ(narrow.chosen.incrementText, r.runs == 0 ? "15" : "10") << r.name;
+    for (const auto& [width, runs] :
+         {std::pair{116.0f, 1u}, std::pair{56.0f, 0u}, std::pair{0.0f, 0u}}) {
+        state.imageWidth = width;
+        front.runs.clear();
+        passes.log.clear();
+        front.chosen.incrementText = "15";
+        EXPECT_EQ(evaluateIncrements(state, passes, score).end, EvaluationEnd::completed) << width;
+        EXPECT_EQ(front.runs.size(), runs) << width;
+        EXPECT_TRUE(passes.entries("announce ").empty()) << width;
+        EXPECT_EQ(state.evaluationPass, 0) << width;
+        EXPECT_EQ(front.chosen.incrementText, runs == 0 ? "15" : "10") << width;
     }
 }
 
@@ -331,15 +320,6 @@ TEST_F(Passes, EvaluateAllStopsWhenAMemberGoesMissingBetweenPasses) {
                   "So very sorry, but I can't find that file. | roll the dice again | 3"});
     EXPECT_TRUE(passes.entries("announce ").empty());
     expectChoicesBack();
-}
-
-TEST(EvaluationMessages, Texts) {
-    EXPECT_EQ(compareMessage(6), "I think the best Montage Method is 'Preference Blue Focus'.");
-    EXPECT_EQ(evaluateMessage(0, 30),
-              "I think the best increment for this '3D Color Space Focus' Montage Method is  30.");
-    EXPECT_EQ(evaluateAllMessage(1, 200),
-              "I think the best Montage Method is  'Absolute Color Difference'  used with an "
-              "increment of  200.");
 }
 
 }  // namespace
