@@ -14,17 +14,6 @@ namespace {
 
 using testing::errorNumber;
 
-// Settings that note every key asked for.
-class RecordingSettings : public Settings {
-  public:
-    using Settings::Settings;
-    std::string readKey(std::string_view key) const override {
-        asked.emplace_back(key);
-        return Settings::readKey(key);
-    }
-    mutable std::vector<std::string> asked;
-};
-
 class PreferencesTest : public testing::ScratchFolderTest {
   protected:
     void SetUp() override {
@@ -35,21 +24,6 @@ class PreferencesTest : public testing::ScratchFolderTest {
 
     std::string m_path;
 };
-
-TEST_F(PreferencesTest, StartReadsEveryKeyInItsOrder) {
-    RecordingSettings settings(m_path);
-    ProgramState s;
-    readSettingsBeforeWindows(s, settings);
-    readSettingsAfterWindows(settings);
-    std::vector<std::string> expected = {
-        "autoSmooth", "edgeFactor", "focusFactor", "diffFactor",     "edgefactor2",      "shortcut",
-        "rightmouse", "filename",   "Increment",   "Montage method", "Originating image"};
-    for (int i = 0; i < 12; ++i) {
-        expected.push_back("recent file " + std::to_string(i));
-    }
-    expected.emplace_back("Target color");
-    EXPECT_EQ(settings.asked, expected);
-}
 
 // One row: a settings file (none when empty), and what start-up takes from it.
 struct ScaleRow {
@@ -190,41 +164,6 @@ TEST(PlainDecimal, NoExponentNoBlank) {
         EXPECT_EQ(plainDecimal(value), text) << value;
     }
 }
-
-// Settings files a user or a crash may leave behind: start-up reads the
-// default or the value, and never stops.
-struct HostileRow {
-    const char* file;
-    const char* increment;
-    int method;
-    int16_t rightMouse;
-};
-
-class HostileSettings : public ::testing::TestWithParam<HostileRow> {};
-
-TEST_P(HostileSettings, StartReadsDefaultsOrValues) {
-    const HostileRow& row = GetParam();
-    Settings settings(std::string(LUMIQUILT_TEST_DATA) + "/settings/" + row.file);
-    ProgramState s;
-    readSettingsBeforeWindows(s, settings);
-    const SettingsAfterWindows late = readSettingsAfterWindows(settings);
-    EXPECT_EQ(late.incrementText, row.increment);
-    EXPECT_EQ(late.methodIndex, row.method);
-    EXPECT_EQ(s.rightMouseEnabled, row.rightMouse);
-    EXPECT_EQ(s.edgeFactor, 0);  // in nul_bytes.ini, "edge\0Factor" is not the key
-}
-
-INSTANTIATE_TEST_SUITE_P(Files, HostileSettings,
-                         ::testing::Values(
-                             // A NUL ends a value; a key with a NUL in it is another key.
-                             HostileRow{"nul_bytes.ini", "2", 0, 1},
-                             HostileRow{"garbage.ini", "0", 0, 0},
-                             HostileRow{"no_section.ini", "0", 0, 0},
-                             // A lone CR ends no line: the file is one section head.
-                             HostileRow{"cr_only.ini", "0", 0, 0},
-                             HostileRow{"lf_only.ini", "20", 3, 1},
-                             // The first of a repeated key counts, in any repeat of the section.
-                             HostileRow{"repeated_key.ini", "20", 3, 1}));
 
 TEST_F(PreferencesTest, TenMegabyteLinesAreReadAndWrittenAround) {
     const std::string big(10 * 1024 * 1024, 'x');
