@@ -147,18 +147,13 @@ TEST(ProjectLists, NumbersStandAsWholeItems) {
     EXPECT_FALSE(listHoldsNumber("12abc, ,", 12));
 }
 
-TEST_F(ProjectFileTest, SaveReplacesBothFilesByTheHeadTheReportAndOneMoreLineEnd) {
+TEST_F(ProjectFileTest, SaveReplacesBothFilesAndOpenRestoresTheRunInItsOrder) {
     saveOld();
     const std::string report = setPropertiesString(sampleRun());
-    save(path("job.mon"), report, "BM picture");
-    EXPECT_EQ(fileBytes(path("job.mon")), "[project]\r\n" + report + "\r\n");
-    EXPECT_EQ(fileBytes(path("job.qvz")), "BM picture");
-    EXPECT_EQ(entries(), (Steps{"job.mon", "job.qvz"}));
-}
-
-TEST_F(ProjectFileTest, OpenRestoresTheRunInItsOrderAndTheTextGrowsWithEachSave) {
-    const std::string report = setPropertiesString(sampleRun());
     save(path("job.mon"), report, "BM");
+    EXPECT_EQ(fileBytes(path("job.mon")), "[project]\r\n" + report + "\r\n");
+    EXPECT_EQ(fileBytes(path("job.qvz")), "BM");
+    EXPECT_EQ(entries(), (Steps{"job.mon", "job.qvz"}));
     RecordingRestore target(12);
     restoreProject(path("job.mon"), target);
     Steps expected = {"file /pics/scene1.jpg", "uncheck methods", "method 3", "increment 20",
