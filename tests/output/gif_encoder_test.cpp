@@ -3,11 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <numeric>
-#include <sstream>
 
 #include "gif_test_support.h"
 #include "support/fingerprint.h"
@@ -52,33 +49,6 @@ TEST(MapToHalftone, NearestLevelPerChannelTiesGoLow) {
               idx(4, 2, 1));  // 224 is nearer 255 (31) than 192 (32); 160 ties low; 96 ties low
     EXPECT_EQ(p.indices[3], idx(2, 3, 4));
     EXPECT_EQ(p.indices[4], idx(2, 4, 0));
-}
-
-TEST(GifEncoder, OnePixelFileByteForByte) {
-    const std::string bytes = encode(indexed(1, 1, {5}));
-    ASSERT_EQ(bytes.size(), 13u + 768 + 10 + 1 + 5 + 2);
-    EXPECT_EQ(bytes.substr(0, 13), std::string("GIF87a\x01\x00\x01\x00\xF7\x00\x00", 13));
-    EXPECT_EQ(bytes.substr(781, 11), std::string("\x2C\0\0\0\0\x01\0\x01\0\x07\x08", 11));
-    // clear 256, pixel 5, end 257: 27 bits in four bytes.
-    EXPECT_EQ(bytes.substr(792), std::string("\x04\x00\x0B\x04\x04\x00\x3B", 7));
-}
-
-TEST(GifEncoder, DecodesToTheIndicesOfEveryRow) {
-    std::vector<uint8_t> indices;
-    for (int y = 0; y < 23; ++y) {
-        for (int x = 0; x < 37; ++x) {
-            indices.push_back(static_cast<uint8_t>((x / 3 + y * 7) % 125));
-        }
-    }
-    const ParsedGif g = parseGif(encode(indexed(37, 23, indices)));
-    EXPECT_EQ(g.signature, "GIF87a");
-    EXPECT_EQ(g.width, 37);
-    EXPECT_EQ(g.height, 23);
-    EXPECT_TRUE(g.endsProperly);
-    EXPECT_EQ(g.pixels, indices);
-    for (int code : g.codes) {
-        EXPECT_LT(code, 512);
-    }
 }
 
 TEST(GifEncoder, ShortRowsGiveTheirCodes) {
@@ -152,21 +122,6 @@ TEST(GifEncoder, TransparentColourGivesGif89a) {
     // A colour not in the table: index 0.
     g = parseGif(encode(indexed(2, 2, {0, 1, 1, 0}), true, 0x123456));
     EXPECT_EQ(g.transparentIndex, 0);
-}
-
-TEST(GifEncoder, SaveReplacesAnExistingFileWhole) {
-    namespace fs = std::filesystem;
-    const std::string name = (fs::temp_directory_path() / "lumiquilt_gif_test.gif").string();
-    std::ofstream(name) << "an old file that is longer than the new picture will be, by far";
-    GIF gif;
-    ASSERT_TRUE(gif.SaveGIF(indexed(2, 1, {3, 4}), name));
-    std::ifstream in(name, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    const ParsedGif g = parseGif(s.str());
-    EXPECT_TRUE(g.endsProperly);  // nothing of the old file is left behind the trailer
-    EXPECT_EQ(g.pixels, (std::vector<uint8_t>{3, 4}));
-    fs::remove(name);
 }
 
 TEST(GifEncoder, BusyObjectRefusesASecondCall) {

@@ -65,10 +65,8 @@ TEST_F(OutputTest, SaveAsProposesANameAndWritesABmpWhateverTheName) {
         EXPECT_EQ(lastMessage().title, "Lumiquilt");
         EXPECT_EQ(lastMessage().icon, MessageIcon::information);
     }
-    const FileDialogRequest& request = ui.fileRequests.front();
-    EXPECT_EQ(request.filter, "*.bmp|*.bmp|*.jpg|*.jpg|*.gif|*.gif|");
-    EXPECT_EQ(request.fileName, dir.path("s1") + " montage");
-    EXPECT_EQ(request.initialFolder, state.appPath);
+    EXPECT_EQ(ui.fileRequests.front().fileName, dir.path("s1") + " montage");
+    EXPECT_EQ(ui.fileRequests.front().initialFolder, state.appPath);
     EXPECT_EQ(state.outputFileName, dir.path("noextension"));
     // A picture window proposes its own file, with " copy".
     ui.fileAnswers.push_back(std::nullopt);

@@ -6,12 +6,9 @@
 #include <tuple>
 
 #include "core/runtime_error.h"
-#include "support/series_error_of.h"
 
 namespace lumiquilt {
 namespace {
-
-using testing::errorOf;
 
 TEST(OffsetMode, ChecksAreReadMinimumMaximumSame) {
     const struct {
@@ -88,11 +85,6 @@ TEST(CollectTargetCentres, IgnoredImageCountsForNothingAndKeepsItsOldValues) {
     EXPECT_EQ(s.offsetMaxX, 25);
     EXPECT_EQ(s.offsetMaxY, 31);
     EXPECT_EQ(s.offsetX(12), 25);
-}
-
-TEST(CollectTargetCentres, CentreBeyondSixteenBitsIsAnOverflow) {
-    ProgramState s = stateWith(100, 80, 1);
-    EXPECT_EQ(errorOf([&] { collect(s, {{40000, 5}}); }), kOverflow);
 }
 
 TEST(ApplyOffsetMode, GivesBasesShiftAndSize) {

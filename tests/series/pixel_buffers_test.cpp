@@ -175,12 +175,6 @@ TEST(PixelBuffers, RowsOfThirtyTwoBitPixelsOfAnyWidth) {
     }
 }
 
-TEST(DimensionMessage, ExactText) {
-    EXPECT_EQ(dimensionMessage(3, 640, 480, 800, 600),
-              "Image 3 has a different dimension (640,480) from Image 1 (800,600).   All images "
-              "must be the same size.");
-}
-
 // A series the machine can't hold is refused before anything is taken, though the
 // system would map that much on paper and end the process once it is touched.
 TEST(SampleBuffer, BlockBeyondTheMachinesMemoryIsOutOfMemory) {
