@@ -83,8 +83,6 @@ TEST(GeneralMessage, NamesNumberDescriptionStageAndRoutine) {
               "error 6 (Overflow) at line 1000 of CommandGo");
     EXPECT_EQ(generalMessage(RuntimeError(481), 800, "mnuLoad"),
               "error 481 (Invalid picture) at line 800 of mnuLoad");
-    EXPECT_EQ(errorDescription(75), "Path/File access error");
-    EXPECT_EQ(errorDescription(32755), "Cancel was selected");
 }
 
 }  // namespace

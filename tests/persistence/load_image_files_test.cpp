@@ -155,18 +155,5 @@ TEST_F(LoadImageFilesTest, BrowseCancelChangesNothingAndAnAnswerLoads) {
     EXPECT_EQ(state.imageCount, 2);
 }
 
-TEST_F(LoadImageFilesTest, ClosingAPictureWindowTakesItsEntryOut) {
-    makeSeries("s", 3);
-    load(dir.path("s1.png"));
-    form().pictureWindow(2)->mnuClose->trigger();
-    EXPECT_FALSE(form().pictureWindow(2)->isVisible());
-    EXPECT_EQ(form().m.mnuWindow[2]->text().toStdString(), "Image 3 -- " + dir.path("s3.png"));
-    EXPECT_FALSE(form().m.mnuWindow[3]->isVisible());
-    // An entry that names no window does nothing.
-    form().m.mnuWindow[5]->setText("Image 9 -- nowhere");
-    form().mnuWindow_Click(5);
-    EXPECT_EQ(visiblePictureWindows(), 2);
-}
-
 }  // namespace
 }  // namespace lumiquilt

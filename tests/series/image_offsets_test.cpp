@@ -10,23 +10,6 @@
 namespace lumiquilt {
 namespace {
 
-TEST(OffsetMode, ChecksAreReadMinimumMaximumSame) {
-    const struct {
-        bool add, min, max, same;
-        OffsetMode mode;
-    } rows[] = {
-        {false, true, true, true, OffsetMode::off},
-        {true, false, false, false, OffsetMode::off},
-        {true, true, true, true, OffsetMode::minimum},
-        {true, false, true, true, OffsetMode::maximum},
-        {true, false, false, true, OffsetMode::same},
-    };
-    for (const auto& r : rows) {
-        EXPECT_EQ(offsetModeFrom(r.add, r.min, r.max, r.same), r.mode)
-            << r.add << r.min << r.max << r.same;
-    }
-}
-
 // A state of `images` images of width by height, with the window frames of the
 // window program.
 ProgramState stateWith(float width, float height, int images) {
@@ -192,13 +175,6 @@ TEST(OffsetModeOff, ClearsEverything) {
         EXPECT_EQ(s.offsetY(k), 0);
     }
     EXPECT_EQ(s.imageWidth, 72);  // the size is the run's to set, not this step's
-}
-
-TEST(TargetStatusText, FiveBlanksFirstAndFourBetween) {
-    EXPECT_EQ(targetStatusText({}), " ");
-    EXPECT_EQ(targetStatusText({{1, {13, 13}}}), "     Image 1 = 13 , 13");
-    EXPECT_EQ(targetStatusText({{1, {13, 13}}, {12, {-5, 1234}}}),
-              "     Image 1 = 13 , 13    Image 12 = -5 , 1234");
 }
 
 }  // namespace
