@@ -37,20 +37,6 @@ std::string encode(const IndexedPicture& picture, bool transparent = false, uint
     return bytes;
 }
 
-TEST(MapToHalftone, NearestLevelPerChannelTiesGoLow) {
-    // Blue, green, red bytes of five pixels.
-    const uint8_t bgr[] = {0, 0, 0, 31, 33, 32, 96, 160, 224, 255, 200, 100, 10, 250, 130};
-    const PictureView view{5, 1, bgr, 15, PixelFormat::bgr24};
-    const IndexedPicture p = mapToHalftone(view);
-    auto idx = [](int r, int g, int b) { return 25 * b + 5 * g + r; };
-    EXPECT_EQ(p.indices[0], idx(0, 0, 0));
-    EXPECT_EQ(p.indices[1], idx(0, 1, 0));  // red 32 ties to 0, green 33 to 64, blue 31 to 0
-    EXPECT_EQ(p.indices[2],
-              idx(4, 2, 1));  // 224 is nearer 255 (31) than 192 (32); 160 ties low; 96 ties low
-    EXPECT_EQ(p.indices[3], idx(2, 3, 4));
-    EXPECT_EQ(p.indices[4], idx(2, 4, 0));
-}
-
 TEST(GifEncoder, ShortRowsGiveTheirCodes) {
     const struct {
         const char* name;

@@ -144,8 +144,6 @@ TEST_F(LoadImageFilesTest, BrowseCancelChangesNothingAndAnAnswerLoads) {
     setFileName("/keep/me1.jpg");
     form().CommandBrowse_Click();
     ASSERT_EQ(ui.fileRequests.size(), 1u);
-    EXPECT_EQ(ui.fileRequests[0].filter,
-              "Picture files  (*.bmp;*.jpg;*.gif)|*.bmp;*.jpg;*.gif|All files  (*.*)|*.*|");
     EXPECT_EQ(ui.fileRequests[0].fileName, "/keep/me1.jpg");
     EXPECT_EQ(form().textFileName->text(), "/keep/me1.jpg");
     EXPECT_EQ(state.imageCount, 0);

@@ -8,7 +8,6 @@
 #include <QImageWriter>
 #include <filesystem>
 
-#include "core/program_state.h"
 #include "core/runtime_error.h"
 #include "engine/montage_run.h"
 #include "output/gif_encoder.h"
@@ -179,33 +178,6 @@ TEST(SaveMontage, SameBytesAsSavingThePaintedPicture) {
     PixelBuffers b;
     b.sizeMontage(4, 4);
     EXPECT_THROW(saveMontage(b, 4, 4, dir.path("m.tif")), RuntimeError);
-}
-
-TEST(PreviewBuffer, TakesThePaddedSizeAndPaintsBackTheRealOne) {
-    // A 159 by 158 preview: bounds 159 and 159, read and painted at its real size.
-    const QImage preview =
-        testing::patternPicture(159, 158, 8).convertToFormat(QImage::Format_BGR888);
-    ProgramState state;
-    loadPreviewBuffer(state, viewOf(preview));
-    EXPECT_EQ(state.buffers.previewMaxX, 159);
-    EXPECT_EQ(state.buffers.previewMaxY, 159);
-    EXPECT_EQ(state.buffers.previewPixels.size(), 160u * 160 * 3);
-    EXPECT_EQ(paintPreview(state.buffers, 159, 158), preview);
-}
-
-TEST(MethodPixelBuffers, ReloadSlotsOneHundredToOneHundredSix) {
-    ProgramState state;
-    state.buffers.sizeMontage(6, 4);
-    std::vector<QImage> pictures;
-    std::vector<PictureView> views;
-    for (int i = 0; i < 7; ++i) {
-        pictures.push_back(testing::flatPicture(6, 4, QColor(10 * i, 0, 0)));
-        views.push_back(viewOf(pictures.back()));
-    }
-    loadMethodPixelBuffers(state, views);
-    for (int i = 0; i < 7; ++i) {
-        EXPECT_EQ(state.buffers.redAt(5, 3, 100 + i), 10 * i);
-    }
 }
 
 // A window's reduced picture: the exact size asked for, and the picture Qt's own
