@@ -73,15 +73,6 @@ TEST_F(PreferencesTest, KeysTakeTheirScalesAndAValueBeyondItsWidthReadsAsZero) {
     }
 }
 
-TEST_F(PreferencesTest, MissingFileReadsZeroForTheTextsAndEmptiesTheRecentList) {
-    Settings settings(m_path);
-    const SettingsAfterWindows late = readSettingsAfterWindows(settings);
-    EXPECT_EQ(late.fileName, "0");
-    EXPECT_EQ(late.incrementText, "0");
-    EXPECT_EQ(late.showUsedWindow, 0);
-    EXPECT_EQ(late.recent.items(), RecentFiles().items());
-}
-
 // A field's text, what OK writes under its key, and what the field shows when that
 // key is read back at the next start.
 TEST(Factors, FieldToKeyToField) {

@@ -105,17 +105,6 @@ TEST(LoadPicture, RowsAShortBmpLacksAreBlackNotLeftovers) {
     }
 }
 
-TEST(SavePicture, WritesAndReplacesWholeFilesOnly) {
-    TestFolder dir;
-    const QImage picture = testing::patternPicture(9, 5, 3);
-    for (const char* name : {"out.bmp", "out.png", "out.jpg", "out.jpeg"}) {
-        savePicture(picture, dir.path(name));
-        EXPECT_EQ(QImage(QString::fromStdString(dir.path(name))).size(), QSize(9, 5)) << name;
-    }
-    EXPECT_EQ(QImage(QString::fromStdString(dir.path("out.bmp"))).pixel(4, 2), picture.pixel(4, 2));
-    EXPECT_THROW(savePicture(picture, dir.path("out.tif")), RuntimeError);
-}
-
 // What Qt's own writer makes of a picture, with the quality the program writes JPEG at.
 std::string qtWrites(const QImage& picture, const TestFolder& dir, const char* format) {
     const std::string name = dir.path(std::string("qt.") + format);

@@ -57,20 +57,30 @@ class ShellTest : public testing::UiTest {
     ShellPlaces places;
 };
 
-TEST_F(ShellTest, ShortcutOnTheDesktop) {
+TEST_F(ShellTest, ShortcutAndVerbEntriesStartTheProgramAndAreWrittenAnewSilently) {
+    const std::string shortcut = places.desktopFolder + "/Lumiquilt.desktop";
+    const std::string verb = desktop_ties::verbCommandFile(places);
     ASSERT_TRUE(makeDesktopShortcut(places));
-    const std::string file = places.desktopFolder + "/Lumiquilt.desktop";
-    ASSERT_TRUE(fs::exists(file));
-    const std::string text = readBytes(file);
-    EXPECT_NE(text.find("Exec=\"" + places.appPath + "lumiquilt\"\n"), std::string::npos) << text;
-    EXPECT_NE(text.find("Path=" + places.appPath + "\n"), std::string::npos);
-    EXPECT_NE(fs::status(file).permissions() & fs::perms::owner_exec, fs::perms::none);
+    addContextVerb(places);
+    const std::string shortcutText = readBytes(shortcut);
+    const std::string verbText = readBytes(verb);
+    const std::string exec = "Exec=\"" + places.appPath + "lumiquilt\"";
+    EXPECT_NE(shortcutText.find(exec + "\n"), std::string::npos) << shortcutText;
+    EXPECT_NE(shortcutText.find("\nPath=" + places.appPath + "\n"), std::string::npos);
+    EXPECT_NE(fs::status(shortcut).permissions() & fs::perms::owner_exec, fs::perms::none);
+    EXPECT_NE(verbText.find(exec + " %f\n"), std::string::npos) << verbText;
+    EXPECT_NE(verbText.find("MimeType=image/bmp;image/jpeg;image/gif;\n"), std::string::npos);
 
-    // An old shortcut of that name is simply replaced.
-    testing::writeBytes(file, "old");
+    // Old entries of those names are simply replaced.
+    testing::writeBytes(shortcut, "old");
+    testing::writeBytes(verb, "old");
     ASSERT_TRUE(makeDesktopShortcut(places));
-    EXPECT_EQ(readBytes(file), text);
-    expectValidEntry(file);
+    addContextVerb(places);
+    EXPECT_EQ(readBytes(shortcut), shortcutText);
+    EXPECT_EQ(readBytes(verb), verbText);
+    EXPECT_TRUE(ui.messages.empty());
+    expectValidEntry(shortcut);
+    expectValidEntry(verb);
 }
 
 TEST_F(ShellTest, ShortcutAndVerbWithNowhereToGoFailQuietly) {
@@ -145,20 +155,6 @@ TEST_F(ShellTest, PreferencesOkAddsAndRemovesThroughTheDesktopTies) {
     EXPECT_FALSE(verbKeyPresent());
     ASSERT_EQ(ui.messages.size(), 1u);
     EXPECT_EQ(ui.messages[0].title, "To restore it, you need to run setup again");
-}
-
-TEST_F(ShellTest, VerbEntryOffersThePicturesAndIsWrittenAnewSilently) {
-    const std::string file = desktop_ties::verbCommandFile(places);
-    addContextVerb(places);
-    const std::string text = readBytes(file);
-    EXPECT_NE(text.find("MimeType=image/bmp;image/jpeg;image/gif;\n"), std::string::npos);
-    EXPECT_NE(text.find("Exec=\"" + places.appPath + "lumiquilt\" %f\n"), std::string::npos)
-        << text;
-    testing::writeBytes(file, "old");
-    addContextVerb(places);
-    EXPECT_EQ(readBytes(file), text);
-    EXPECT_TRUE(ui.messages.empty());
-    expectValidEntry(file);
 }
 
 TEST_F(ShellTest, FolderWithBlanksAndShellCharactersStillStartsTheProgram) {
