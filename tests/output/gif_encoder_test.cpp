@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <functional>
 #include <numeric>
 
@@ -35,44 +34,6 @@ std::string encode(const IndexedPicture& picture, bool transparent = false, uint
         },
         transparent, colour));
     return bytes;
-}
-
-TEST(GifEncoder, ShortRowsGiveTheirCodes) {
-    const struct {
-        const char* name;
-        int width, height;
-        std::vector<uint8_t> indices;
-        std::vector<int> codes;
-    } rows[] = {
-        {"one pixel wide rows", 1, 3, {7, 8, 9}, {256, 7, 256, 8, 256, 9, 257}},
-        // p, p, then 259 (p p) and 260 (p p p), which the decoder must infer: 10 pixels.
-        {"one colour row", 10, 1, std::vector<uint8_t>(10, 4), {256, 4, 4, 259, 260, 260, 257}},
-    };
-    for (const auto& row : rows) {
-        const ParsedGif g = parseGif(encode(indexed(row.width, row.height, row.indices)));
-        EXPECT_EQ(g.codes, row.codes) << row.name;
-        EXPECT_EQ(g.pixels, row.indices) << row.name;
-    }
-}
-
-TEST(GifEncoder, ClearInsideALongRow) {
-    // 300 pixels with no pair twice: 0, 1, ..., 255, then 0, 2, 4, ... The table
-    // fills at 253 entries within the row.
-    std::vector<uint8_t> row;
-    for (int x = 0; x < 300; ++x) {
-        row.push_back(static_cast<uint8_t>(x < 256 ? x : 2 * (x - 256)));
-    }
-    std::vector<uint8_t> two = row;
-    two.insert(two.end(), row.begin(), row.end());
-    const ParsedGif g = parseGif(encode(indexed(300, 2, two)));
-    EXPECT_EQ(g.pixels, two);
-    // The 254th code of the row is followed by a clear.
-    EXPECT_EQ(std::count(g.codes.begin(), g.codes.end(), 256), 4);  // one inside each row
-    EXPECT_EQ(g.codes[254], 253);
-    EXPECT_EQ(g.codes[255], 256);
-    for (int code : g.codes) {
-        EXPECT_LE(code, 510);
-    }
 }
 
 TEST(GifEncoder, FullLastSubBlockGetsNoEmptyOneBehindIt) {

@@ -8,11 +8,12 @@
 #include "core/runtime_error.h"
 #include "persistence/profile_file.h"
 #include "support/persistence_files.h"
+#include "support/series_error_of.h"
 
 namespace lumiquilt {
 namespace {
 
-using testing::errorNumber;
+using testing::errorOf;
 
 class PreferencesTest : public testing::ScratchFolderTest {
   protected:
@@ -105,7 +106,7 @@ TEST(Factors, TextThatIsNoNumberLeavesTheLastThreeAsTheyWere) {
         setFactorFromKey(s, i, 7);
         const std::string before = factorKeyText(s, i);
         for (const char* text : {"", "abc", "12abc", "1,5"}) {
-            EXPECT_EQ(errorNumber([&] { setFactorFromField(s, i, text); }), kTypeMismatch)
+            EXPECT_EQ(errorOf([&] { setFactorFromField(s, i, text); }), kTypeMismatch)
                 << "field " << i << " took '" << text << "'";
             EXPECT_EQ(factorKeyText(s, i), before);
         }

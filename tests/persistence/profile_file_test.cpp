@@ -6,12 +6,13 @@
 
 #include "core/runtime_error.h"
 #include "support/persistence_files.h"
+#include "support/series_error_of.h"
 
 namespace lumiquilt {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::errorNumber;
+using testing::errorOf;
 
 class ProfileFileTest : public testing::ScratchFolderTest {
   protected:
@@ -119,7 +120,7 @@ TEST_F(ProfileFileTest, LastLineEndingInALoneReturnKeepsItsValue) {
 TEST_F(ProfileFileTest, ReadOnlyFileIsRefusedAndKeptWhole) {
     put("[preferences]\nIncrement=20\n");
     fs::permissions(m_path, fs::perms::owner_read, fs::perm_options::replace);
-    EXPECT_EQ(errorNumber([&] { writeProfileString(m_path, "preferences", "Increment", "30"); }),
+    EXPECT_EQ(errorOf([&] { writeProfileString(m_path, "preferences", "Increment", "30"); }),
               kPermissionDenied);
     EXPECT_EQ(content(), "[preferences]\nIncrement=20\n");
 }

@@ -12,12 +12,13 @@
 #include "support/full_disk.h"
 #include "support/locked_folder.h"
 #include "support/persistence_files.h"
+#include "support/series_error_of.h"
 
 namespace lumiquilt {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::errorNumber;
+using testing::errorOf;
 using testing::fileBytes;
 using Steps = std::vector<std::string>;
 
@@ -219,11 +220,11 @@ TEST_F(ProjectFileTest, RestoreEdges) {
 
 TEST_F(ProjectFileTest, AMethodOutsideTheMenuOrBeyondSixteenBitsStopsAfterUncheckingMethods) {
     RecordingRestore nine(3);
-    EXPECT_EQ(errorNumber([&] { restoreProject(kData + "method_nine.mon", nine); }), 9);
+    EXPECT_EQ(errorOf([&] { restoreProject(kData + "method_nine.mon", nine); }), 9);
     EXPECT_EQ(nine.steps, (Steps{"file /pics/scene1.jpg", "uncheck methods"}));
     testing::putFile(path("big.mon"), "[project]\r\n  Montage method used =70000 (x)\r\n");
     RecordingRestore big(0);
-    EXPECT_EQ(errorNumber([&] { restoreProject(path("big.mon"), big); }), 6);
+    EXPECT_EQ(errorOf([&] { restoreProject(path("big.mon"), big); }), 6);
     EXPECT_EQ(big.steps, (Steps{"file 0", "uncheck methods"}));
 }
 
@@ -305,7 +306,7 @@ TEST_F(ProjectFileTest, AFullDiskLeavesTheOldProjectByteForByte) {
         const std::string picture(static_cast<size_t>(pictureSize), 'p');
         EXPECT_EQ(testing::withFullDisk(fileLimit,
                                         [&] {
-                                            return errorNumber([&] {
+                                            return errorOf([&] {
                                                 save(path("job.mon"), std::string(4000, 'r'),
                                                      picture);
                                             });
@@ -320,7 +321,7 @@ TEST_F(ProjectFileTest, ReadOnlyTargetsAreRefusedBeforeAnythingIsWritten) {
     for (const char* locked : {"job.mon", "job.qvz"}) {
         saveOld();
         fs::permissions(path(locked), fs::perms::owner_read, fs::perm_options::replace);
-        EXPECT_EQ(errorNumber([&] { ProjectSave s(path("job.mon")); }), 70) << locked;
+        EXPECT_EQ(errorOf([&] { ProjectSave s(path("job.mon")); }), 70) << locked;
         fs::permissions(path(locked), fs::perms::owner_read | fs::perms::owner_write,
                         fs::perm_options::replace);
         expectOldPair();
@@ -333,7 +334,7 @@ TEST_F(ProjectFileTest, AReadOnlyFolderLeavesTheOldProject) {
     if (!lock.locked()) {
         GTEST_SKIP() << "this user may write into any folder";
     }
-    EXPECT_EQ(errorNumber([&] { save(path("job.mon"), "new report\r\n", "new picture"); }), 70);
+    EXPECT_EQ(errorOf([&] { save(path("job.mon"), "new report\r\n", "new picture"); }), 70);
     lock.unlock();
     expectOldPair();
 }
