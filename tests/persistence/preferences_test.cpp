@@ -149,11 +149,7 @@ TEST_F(PreferencesTest, TenMegabyteLinesAreReadAndWrittenAround) {
     const std::string head = "[preferences]\nfilename=" + big + "\n" + big + "\n" + big + "=1\n";
     put(head + "Increment=20\n");
     Settings settings(m_path);
-    ProgramState s;
-    readSettingsBeforeWindows(s, settings);
-    SettingsAfterWindows late = readSettingsAfterWindows(settings);
-    EXPECT_EQ(late.fileName, std::string(254, 'x'));
-    EXPECT_EQ(late.incrementText, "20");
+    EXPECT_EQ(settings.readKey("Increment"), "20");
     ASSERT_TRUE(settings.writeKey("Increment", "30"));
     EXPECT_EQ(settings.readKey("Increment"), "30");
     EXPECT_TRUE(testing::fileBytes(m_path) == head + "Increment=30\n");
