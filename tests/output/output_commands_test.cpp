@@ -216,7 +216,7 @@ TEST(PrintRectangle, ThreeSizes) {
     EXPECT_EQ(printRectangle(2, picture, page), QRectF(0, 0, 500, 700));
 }
 
-TEST_F(OutputTest, PrintingToPdfAndCancel) {
+TEST_F(OutputTest, PrintingToPdfHidesASourcesMarkAndCancelPrintsNothing) {
     makeMontage();
     ui.printerAnswers.push_back(dir.path("fit.pdf"));
     form().m.mnuPrint->trigger();
@@ -227,10 +227,8 @@ TEST_F(OutputTest, PrintingToPdfAndCancel) {
     ui.printerAnswers.push_back(std::nullopt);
     form().m.mnuPrintHalf->trigger();
     EXPECT_TRUE(ui.messages.empty());
-}
 
-TEST_F(OutputTest, PrintingASourceHidesItsMarkAndBringsItBack) {
-    makeMontage();
+    // A source's mark is hidden while it prints and comes back, after a cancel too.
     FormPicture* picture = form().pictureWindow(1);
     picture->PictureFile->setMarksVisible(true);
     bool visibleWhilePrinting = true;
@@ -240,7 +238,7 @@ TEST_F(OutputTest, PrintingASourceHidesItsMarkAndBringsItBack) {
     EXPECT_FALSE(visibleWhilePrinting);
     EXPECT_TRUE(picture->PictureFile->marksVisible());
     EXPECT_EQ(testing::readBytes(dir.path("source.pdf")).substr(0, 4), "%PDF");
-    ui.printerAnswers.push_back(std::nullopt);  // a cancel restores them too
+    ui.printerAnswers.push_back(std::nullopt);
     picture->mnuPrint->trigger();
     EXPECT_TRUE(picture->PictureFile->marksVisible());
 }
