@@ -58,7 +58,9 @@ TEST_F(ProfileFileTest, ReadsTheFirstKeyOfTheSectionCaseAndBlanksAsideCutAndTrim
         {data("nul_bytes.ini"), "rightmouse", "1"},
         {data("garbage.ini"), "Increment", "0"},
         {data("no_section.ini"), "Increment", "0"},
-        {data("cr_only.ini"), "rightmouse", "0"},  // a lone CR ends no line
+        {data("cr_only.ini"), "Increment", "0"},  // a lone CR ends no line
+        {data("cr_only.ini"), "rightmouse", "0"},
+        {data("lf_only.ini"), "Increment", "20"},
         {data("lf_only.ini"), "rightmouse", "1"},
         // The first of a repeated key counts, in any repeat of the section.
         {data("repeated_key.ini"), "Increment", "20"},

@@ -1,6 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <sstream>
+
+#include "cli/cli_app.h"
 
 #include "persistence/project_commands.h"
 #include "persistence/project_file.h"
@@ -64,6 +67,22 @@ class ProjectCommandsTest : public UiTest {
             entry->setChecked(false);
         }
         form().m.mnuAddOffsets->setChecked(true);
+    }
+    // A bracket taken by hand: image k moved by shifts[k - 1], so that its mark belongs
+    // on the feature that image 1's mark covers at the design place (13, 13).
+    void makeBracket() {
+        const double gains[] = {0.6, 1.0, 1.7};
+        const QPoint shifts[] = {{0, 0}, {5, -3}, {-4, 6}};
+        for (int k = 1; k <= 3; ++k) {
+            testing::savePictureFile(
+                testing::shiftedScene(64, 48, shifts[k - 1].x(), shifts[k - 1].y(), gains[k - 1]),
+                dir.path("h" + std::to_string(k) + ".png"));
+        }
+    }
+    PictureBox* box(int k) { return form().pictureWindow(k)->PictureFile; }
+    QPoint centre(int k, int member = 0) {
+        const QRect& circle = box(k)->Shape1(member);
+        return {circle.left() + circle.width() / 2, circle.top() + circle.height() / 2};
     }
     // What an Open restores: the first file's name, the increment, the method checks,
     // the ignore checks and, when on, the offsets.
@@ -273,21 +292,9 @@ TEST_F(ProjectCommandsTest, FullDiskIsTheMessageOfItsStageAndLeavesTheOldPairByt
     }
 }
 
-// A bracket taken by hand, image 2 left out: image 3 moved by (-4, 6), its mark on the
-// feature that image 1's mark covers at the design place (13, 13).
+// Image 2 left out, image 3's mark moved onto the feature.
 TEST_F(ProjectCommandsTest, OpenPutsBackTheMarksTheAreaAndTheStatusStrip) {
-    const auto box = [this](int k) { return form().pictureWindow(k)->PictureFile; };
-    const auto centre = [&box](int k, int member = 0) {
-        const QRect& circle = box(k)->Shape1(member);
-        return QPoint(circle.left() + circle.width() / 2, circle.top() + circle.height() / 2);
-    };
-    const double gains[] = {0.6, 1.0, 1.7};
-    const QPoint shifts[] = {{0, 0}, {5, -3}, {-4, 6}};
-    for (int k = 1; k <= 3; ++k) {
-        testing::savePictureFile(
-            testing::shiftedScene(64, 48, shifts[k - 1].x(), shifts[k - 1].y(), gains[k - 1]),
-            dir.path("h" + std::to_string(k) + ".png"));
-    }
+    makeBracket();
     setFileName(dir.path("h1.png"));
     setIncrement("6");
     form().CommandGo_Click();
@@ -325,6 +332,37 @@ TEST_F(ProjectCommandsTest, OpenPutsBackTheMarksTheAreaAndTheStatusStrip) {
               "     Image 1 = 13 , 13    Image 2 = 0 , 0    Image 3 = 9 , 19");
     EXPECT_EQ(montage(), stored);
     EXPECT_EQ(state.propertiesString, readBytes(dir.path("h.mon")).substr(11));
+}
+
+// The batch front writes a project that the window program opens to the same picture
+// and report that the batch front makes again from it.
+TEST_F(ProjectCommandsTest, CliRoundTripMatchesTheWindowProgram) {
+    makeBracket();
+    std::ostringstream out;
+    std::ostringstream err;
+    ASSERT_EQ(runCli({"montage", dir.path("h1.png"), "-i", "6", "-m", "4", "--ignore", "3",
+                      "--offsets", "max", "--mark", "2:18,10", "--mark", "3:9,19", "--save-project",
+                      dir.path("p.mon")},
+                     "/", out, err),
+              0)
+        << err.str();
+    std::ostringstream again;
+    ASSERT_EQ(runCli({"montage", "--project", dir.path("p.mon"), "-o", dir.path("out.bmp"),
+                      "--report", "-"},
+                     "/", again, err),
+              0)
+        << err.str();
+
+    makeSeries("s", 2);
+    setFileName(dir.path("s1.png"));
+    form().mnuLoad_Click();  // a series of two: marks and ignore ticks of images 1 and 2
+    openByDialog(dir.path("p.mon"));
+    EXPECT_TRUE(ui.messages.empty()) << lastMessage().text;
+    EXPECT_EQ(bmp(dir.path("out.bmp")), montage());
+    EXPECT_EQ(state.propertiesString, again.str());
+    EXPECT_EQ(choices(), dir.path("h1.png") + " 6 0000100 0000000000 offsets");
+    EXPECT_TRUE(form().m.mnuActivateOffsetsMax->isChecked());
+    EXPECT_EQ(centre(2), QPoint(18, 10));
 }
 
 }  // namespace

@@ -12,6 +12,23 @@ namespace {
 
 using testing::errorOf;
 
+TEST(OffsetMode, ChecksAreReadMinimumMaximumSame) {
+    const struct {
+        bool add, min, max, same;
+        OffsetMode mode;
+    } rows[] = {
+        {false, true, true, true, OffsetMode::off},
+        {true, false, false, false, OffsetMode::off},
+        {true, true, true, true, OffsetMode::minimum},
+        {true, false, true, true, OffsetMode::maximum},
+        {true, false, false, true, OffsetMode::same},
+    };
+    for (const auto& r : rows) {
+        EXPECT_EQ(offsetModeFrom(r.add, r.min, r.max, r.same), r.mode)
+            << r.add << r.min << r.max << r.same;
+    }
+}
+
 // A state of `images` images of width by height, with the window frames of the
 // window program.
 ProgramState stateWith(float width, float height, int images) {
