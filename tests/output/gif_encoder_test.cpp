@@ -2,12 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <numeric>
-#include <sstream>
 
 #include "gif_test_support.h"
 #include "support/fingerprint.h"
@@ -38,85 +34,6 @@ std::string encode(const IndexedPicture& picture, bool transparent = false, uint
         },
         transparent, colour));
     return bytes;
-}
-
-TEST(MapToHalftone, NearestLevelPerChannelTiesGoLow) {
-    // Blue, green, red bytes of five pixels.
-    const uint8_t bgr[] = {0, 0, 0, 31, 33, 32, 96, 160, 224, 255, 200, 100, 10, 250, 130};
-    const PictureView view{5, 1, bgr, 15, PixelFormat::bgr24};
-    const IndexedPicture p = mapToHalftone(view);
-    auto idx = [](int r, int g, int b) { return 25 * b + 5 * g + r; };
-    EXPECT_EQ(p.indices[0], idx(0, 0, 0));
-    EXPECT_EQ(p.indices[1], idx(0, 1, 0));  // red 32 ties to 0, green 33 to 64, blue 31 to 0
-    EXPECT_EQ(p.indices[2],
-              idx(4, 2, 1));  // 224 is nearer 255 (31) than 192 (32); 160 ties low; 96 ties low
-    EXPECT_EQ(p.indices[3], idx(2, 3, 4));
-    EXPECT_EQ(p.indices[4], idx(2, 4, 0));
-}
-
-TEST(GifEncoder, OnePixelFileByteForByte) {
-    const std::string bytes = encode(indexed(1, 1, {5}));
-    ASSERT_EQ(bytes.size(), 13u + 768 + 10 + 1 + 5 + 2);
-    EXPECT_EQ(bytes.substr(0, 13), std::string("GIF87a\x01\x00\x01\x00\xF7\x00\x00", 13));
-    EXPECT_EQ(bytes.substr(781, 11), std::string("\x2C\0\0\0\0\x01\0\x01\0\x07\x08", 11));
-    // clear 256, pixel 5, end 257: 27 bits in four bytes.
-    EXPECT_EQ(bytes.substr(792), std::string("\x04\x00\x0B\x04\x04\x00\x3B", 7));
-}
-
-TEST(GifEncoder, DecodesToTheIndicesOfEveryRow) {
-    std::vector<uint8_t> indices;
-    for (int y = 0; y < 23; ++y) {
-        for (int x = 0; x < 37; ++x) {
-            indices.push_back(static_cast<uint8_t>((x / 3 + y * 7) % 125));
-        }
-    }
-    const ParsedGif g = parseGif(encode(indexed(37, 23, indices)));
-    EXPECT_EQ(g.signature, "GIF87a");
-    EXPECT_EQ(g.width, 37);
-    EXPECT_EQ(g.height, 23);
-    EXPECT_TRUE(g.endsProperly);
-    EXPECT_EQ(g.pixels, indices);
-    for (int code : g.codes) {
-        EXPECT_LT(code, 512);
-    }
-}
-
-TEST(GifEncoder, ShortRowsGiveTheirCodes) {
-    const struct {
-        const char* name;
-        int width, height;
-        std::vector<uint8_t> indices;
-        std::vector<int> codes;
-    } rows[] = {
-        {"one pixel wide rows", 1, 3, {7, 8, 9}, {256, 7, 256, 8, 256, 9, 257}},
-        // p, p, then 259 (p p) and 260 (p p p), which the decoder must infer: 10 pixels.
-        {"one colour row", 10, 1, std::vector<uint8_t>(10, 4), {256, 4, 4, 259, 260, 260, 257}},
-    };
-    for (const auto& row : rows) {
-        const ParsedGif g = parseGif(encode(indexed(row.width, row.height, row.indices)));
-        EXPECT_EQ(g.codes, row.codes) << row.name;
-        EXPECT_EQ(g.pixels, row.indices) << row.name;
-    }
-}
-
-TEST(GifEncoder, ClearInsideALongRow) {
-    // 300 pixels with no pair twice: 0, 1, ..., 255, then 0, 2, 4, ... The table
-    // fills at 253 entries within the row.
-    std::vector<uint8_t> row;
-    for (int x = 0; x < 300; ++x) {
-        row.push_back(static_cast<uint8_t>(x < 256 ? x : 2 * (x - 256)));
-    }
-    std::vector<uint8_t> two = row;
-    two.insert(two.end(), row.begin(), row.end());
-    const ParsedGif g = parseGif(encode(indexed(300, 2, two)));
-    EXPECT_EQ(g.pixels, two);
-    // The 254th code of the row is followed by a clear.
-    EXPECT_EQ(std::count(g.codes.begin(), g.codes.end(), 256), 4);  // one inside each row
-    EXPECT_EQ(g.codes[254], 253);
-    EXPECT_EQ(g.codes[255], 256);
-    for (int code : g.codes) {
-        EXPECT_LE(code, 510);
-    }
 }
 
 TEST(GifEncoder, FullLastSubBlockGetsNoEmptyOneBehindIt) {
@@ -152,21 +69,6 @@ TEST(GifEncoder, TransparentColourGivesGif89a) {
     // A colour not in the table: index 0.
     g = parseGif(encode(indexed(2, 2, {0, 1, 1, 0}), true, 0x123456));
     EXPECT_EQ(g.transparentIndex, 0);
-}
-
-TEST(GifEncoder, SaveReplacesAnExistingFileWhole) {
-    namespace fs = std::filesystem;
-    const std::string name = (fs::temp_directory_path() / "lumiquilt_gif_test.gif").string();
-    std::ofstream(name) << "an old file that is longer than the new picture will be, by far";
-    GIF gif;
-    ASSERT_TRUE(gif.SaveGIF(indexed(2, 1, {3, 4}), name));
-    std::ifstream in(name, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    const ParsedGif g = parseGif(s.str());
-    EXPECT_TRUE(g.endsProperly);  // nothing of the old file is left behind the trailer
-    EXPECT_EQ(g.pixels, (std::vector<uint8_t>{3, 4}));
-    fs::remove(name);
 }
 
 TEST(GifEncoder, BusyObjectRefusesASecondCall) {

@@ -2,9 +2,6 @@
 #include <gtest/gtest.h>
 #include <QProcess>
 
-#include <sstream>
-
-#include "cli/cli_app.h"
 #include "output/gif_encoder.h"
 #include "series/picture_io.h"
 #include "support/test_pictures.h"
@@ -51,20 +48,6 @@ TEST(GifFiles, OtherDecodersReadTheExactMapping) {
             ASSERT_EQ(qRgb(m[0], m[1], m[2]), expected) << x << "," << y;
         }
     }
-}
-
-TEST(GifFiles, CliWritesGifThroughTheSameEncoder) {
-    TestFolder dir;
-    const QImage picture = testing::patternPicture(20, 12, 2);
-    testing::savePictureFile(picture, dir.path("g1.png"));
-    std::ostringstream out;
-    std::ostringstream err;
-    ASSERT_EQ(runCli({"montage", "g1.png", "-o", "m.GIF"}, dir.root(), out, err), 0) << err.str();
-    const std::string bytes = testing::readBytes(dir.path("m.GIF"));
-    EXPECT_EQ(bytes.substr(0, 6), "GIF87a");
-    const QImage back(QString::fromStdString(dir.path("m.GIF")));
-    ASSERT_EQ(back.size(), picture.size());
-    EXPECT_EQ(back.pixel(7, 5) & 0xFFFFFF, halftoneOf(picture.pixel(7, 5)) & 0xFFFFFF);
 }
 
 }  // namespace

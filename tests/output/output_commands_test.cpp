@@ -65,34 +65,14 @@ TEST_F(OutputTest, SaveAsProposesANameAndWritesABmpWhateverTheName) {
         EXPECT_EQ(lastMessage().title, "Lumiquilt");
         EXPECT_EQ(lastMessage().icon, MessageIcon::information);
     }
-    const FileDialogRequest& request = ui.fileRequests.front();
-    EXPECT_EQ(request.filter, "*.bmp|*.bmp|*.jpg|*.jpg|*.gif|*.gif|");
-    EXPECT_EQ(request.fileName, dir.path("s1") + " montage");
-    EXPECT_EQ(request.initialFolder, state.appPath);
+    EXPECT_EQ(ui.fileRequests.front().fileName, dir.path("s1") + " montage");
+    EXPECT_EQ(ui.fileRequests.front().initialFolder, state.appPath);
     EXPECT_EQ(state.outputFileName, dir.path("noextension"));
-    // A picture window proposes its own file, with " copy".
-    ui.fileAnswers.push_back(std::nullopt);
+    // A picture window proposes its own file, with " copy"; Cancel writes nothing.
+    const size_t told = ui.messages.size();
     form().pictureWindow(2)->mnuSaveAs->trigger();
     EXPECT_EQ(ui.fileRequests.back().fileName, dir.path("s2") + " copy");
-}
-
-TEST_F(OutputTest, CancelAndBadTargetsLoseNothing) {
-    makeMontage();
-    testing::writeBytes(dir.path("keep.bmp"), "old contents");
-    form().m.mnuJPG->trigger();  // no answer queued: Cancel
-    EXPECT_TRUE(ui.messages.empty());
-
-    ui.fileAnswers.push_back(dir.path("no-folder/out.bmp"));
-    form().m.mnuJPG->trigger();
-    ASSERT_EQ(ui.messages.size(), 1u);
-    EXPECT_EQ(lastMessage().text, "error 76 (Path not found) at line 8600 of SaveAsSub");
-    EXPECT_EQ(lastMessage().title, "Nobody's Perfect");
-
-    fs::permissions(dir.path("keep.bmp"), fs::perms::owner_read);
-    ui.fileAnswers.push_back(dir.path("keep.bmp"));
-    form().m.mnuJPG->trigger();
-    EXPECT_EQ(lastMessage().text, "error 70 (Permission denied) at line 8600 of SaveAsSub");
-    EXPECT_TRUE(testing::readBytes(dir.path("keep.bmp")) == "old contents");
+    EXPECT_EQ(ui.messages.size(), told);
 }
 
 TEST_F(OutputTest, JpegRoadRunsTheConverterAndCleansUp) {
@@ -171,7 +151,6 @@ TEST_F(OutputTest, GifRoadAsksThenWritesAndTells) {
     EXPECT_EQ(ui.messages[1].text,
               "256 color (half color palette)  '" + dir.path("m.gif") + "'  GIF file created.");
     EXPECT_EQ(ui.messages[1].title, "Lumiquilt");
-    EXPECT_EQ(testing::readBytes(dir.path("m.gif")).substr(0, 6), "GIF87a");
     EXPECT_EQ(QImage(QString::fromStdString(dir.path("m.gif"))).size(), montage().size());
 
     // No to the palette question: nothing is written.
@@ -237,7 +216,7 @@ TEST(PrintRectangle, ThreeSizes) {
     EXPECT_EQ(printRectangle(2, picture, page), QRectF(0, 0, 500, 700));
 }
 
-TEST_F(OutputTest, PrintingToPdfAndCancel) {
+TEST_F(OutputTest, PrintingToPdfHidesASourcesMarkAndCancelPrintsNothing) {
     makeMontage();
     ui.printerAnswers.push_back(dir.path("fit.pdf"));
     form().m.mnuPrint->trigger();
@@ -248,10 +227,8 @@ TEST_F(OutputTest, PrintingToPdfAndCancel) {
     ui.printerAnswers.push_back(std::nullopt);
     form().m.mnuPrintHalf->trigger();
     EXPECT_TRUE(ui.messages.empty());
-}
 
-TEST_F(OutputTest, PrintingASourceHidesItsMarkAndBringsItBack) {
-    makeMontage();
+    // A source's mark is hidden while it prints and comes back, after a cancel too.
     FormPicture* picture = form().pictureWindow(1);
     picture->PictureFile->setMarksVisible(true);
     bool visibleWhilePrinting = true;
@@ -261,7 +238,7 @@ TEST_F(OutputTest, PrintingASourceHidesItsMarkAndBringsItBack) {
     EXPECT_FALSE(visibleWhilePrinting);
     EXPECT_TRUE(picture->PictureFile->marksVisible());
     EXPECT_EQ(testing::readBytes(dir.path("source.pdf")).substr(0, 4), "%PDF");
-    ui.printerAnswers.push_back(std::nullopt);  // a cancel restores them too
+    ui.printerAnswers.push_back(std::nullopt);
     picture->mnuPrint->trigger();
     EXPECT_TRUE(picture->PictureFile->marksVisible());
 }

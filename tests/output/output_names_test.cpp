@@ -33,15 +33,6 @@ TEST(SaveRoadFor, LastThreeLettersAlone) {
     EXPECT_EQ(saveRoadFor("jp"), SaveRoad::bmp);
 }
 
-TEST(TemporaryPictureName, ThreeLettersFromTheGenerator) {
-    const double values[] = {0.0, 0.5, 0.9999};
-    int i = 0;
-    EXPECT_EQ(temporaryPictureName("/t/", [&] { return values[i++]; }),
-              "/t/qvztempanz.bmp");  // 109.5 goes to 110
-    // 0.02 * 25 + 97 = 97.5: halves go to the even neighbour, 98.
-    EXPECT_EQ(temporaryPictureName("/t/", [] { return 0.02; }), "/t/qvztempbbb.bmp");
-}
-
 TEST(PrivateTemporaryFolder, OnlyTheUsersOwn) {
     const std::string folder = privateTemporaryFolder();
     struct stat info {};

