@@ -196,9 +196,6 @@ class FormMontage : public QMainWindow {
     void placePictureWindows();
     /// Hides the windows of the last run or load; the ignore entries go too.
     void hideSeriesWindows();
-    /// The series windows, shown coarsely while they loaded, are made smooth as they
-    /// are next painted, after whatever is waiting to paint now (the montage).
-    void sharpenPictureWindows();
     void unloadMethodWindows();
 
     ProgramState& m_state;

@@ -3,10 +3,8 @@
 #include <QCloseEvent>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QTimer>
 #include <algorithm>
 #include <cmath>
-#include <utility>
 
 #include "series/image_offsets.h"
 #include "series/picture_io.h"
@@ -73,25 +71,14 @@ QSize PictureBox::shownSize() const {
 
 void PictureBox::fitToPicture() {
     m_shown = QImage();
-    m_coarse = false;
     if (!m_picture.isNull() && m_scale < 1.0) {
         // Scaled once here rather than at every paint: a photograph is large.
-        m_coarse = m_quick;
-        m_shown = m_coarse
-                      ? m_picture.scaled(shownSize(), Qt::IgnoreAspectRatio, Qt::FastTransformation)
-                      : scaledForDisplay(m_picture, shownSize());
+        m_shown = scaledForDisplay(m_picture, shownSize());
     }
     if (m_autoSize && !m_picture.isNull()) {
         resize(shownSize());
     }
     update();
-}
-
-void PictureBox::sharpen() {
-    m_quick = false;
-    if (m_coarse) {
-        update();
-    }
 }
 
 void PictureBox::moveShape(int member, int left, int top) {
@@ -117,16 +104,9 @@ void PictureBox::setMarkColor(QColor color) {
 }
 
 void PictureBox::paintEvent(QPaintEvent* /*event*/) {
-    if (m_coarse && !m_quick) {
-        m_shown = scaledForDisplay(m_picture, shownSize());
-        m_coarse = false;
-    }
     QPainter painter(this);
     if (!m_picture.isNull()) {
         painter.drawImage(QPoint(0, 0), m_scale < 1.0 ? m_shown : m_picture);
-    }
-    if (m_afterPaint) {
-        QTimer::singleShot(0, this, std::exchange(m_afterPaint, nullptr));
     }
     if (m_marksVisible) {
         painter.setPen(QPen(m_markColor, 1));

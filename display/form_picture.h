@@ -5,7 +5,6 @@
 #include <QMenu>
 #include <QWidget>
 #include <array>
-#include <functional>
 
 namespace lumiquilt {
 
@@ -30,15 +29,6 @@ class PictureBox : public QWidget {
     /// Screen pixels per picture pixel, at most 1.
     void setDisplayScale(double scale);
     double displayScale() const { return m_scale; }
-
-    /// While on, a picture shown below its size is cut down coarsely (nearest pixel),
-    /// which costs a fraction of smooth scaling: a run turns it on while it loads.
-    void setQuickDisplay(bool on) { m_quick = on; }
-    /// Turns quick display off; a coarse picture is made smooth at its next paint.
-    void sharpen();
-    bool showsCoarse() const { return m_coarse; }
-    /// Runs work once, from the event queue, after this control's next paint.
-    void afterNextPaint(std::function<void()> work) { m_afterPaint = std::move(work); }
 
     /// The target mark `Shape1`: member 0 the outer circle, 1 the inner one, in
     /// picture pixels. They may stand anywhere, off the picture too.
@@ -74,10 +64,7 @@ class PictureBox : public QWidget {
     void fitToPicture();
 
     QImage m_picture;
-    QImage m_shown;         // the picture at the display scale, when that is below 1
-    bool m_coarse = false;  // m_shown is cut down by nearest pixels
-    bool m_quick = false;
-    std::function<void()> m_afterPaint;
+    QImage m_shown;  // the picture at the display scale, when that is below 1
     double m_scale = 1.0;
     bool m_autoSize = false;
     std::array<QRect, 2> m_shapes;

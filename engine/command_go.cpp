@@ -2,7 +2,6 @@
 // the one road asks for.
 #include <QApplication>
 #include <QFontMetrics>
-#include <QTimer>
 #include <cmath>
 #include <memory>
 
@@ -84,12 +83,7 @@ class CreateImageWindows : public CreateImageFront {
     SeriesFrames* seriesFrames() override { return m_reader ? m_reader->frames() : nullptr; }
     void seriesRead() override { m_reader.reset(); }
 
-    void setBusy(bool busy) override {
-        m_cursor.set(busy);
-        if (!busy) {
-            sharpenAfterMontage();
-        }
-    }
+    void setBusy(bool busy) override { m_cursor.set(busy); }
     void clearMontagePicture() override { f.montageWindow()->PictureFile->clearPicture(); }
     void hideLastRun(const std::string& firstFileName) override {
         f.montageWindow()->setWindowTitle(
@@ -154,24 +148,6 @@ class CreateImageWindows : public CreateImageFront {
     }
 
   private:
-    // Every end of a run: what loaded coarsely is made smooth, once the montage is on
-    // the screen (a window just shown paints only when the window system says so,
-    // after the windows already there). A montage that never paints, minimised say,
-    // holds them back a moment at most.
-    void sharpenAfterMontage() {
-        FormMontagePicture* montage = f.montageWindow();
-        FormMontage* form = &f;
-        auto sharpen = [form] { form->sharpenPictureWindows(); };
-        if (montage->isVisible() && montage->PictureFile->hasPicture()) {
-            montage->PictureFile->afterNextPaint(sharpen);
-            montage->PictureFile->update();
-            constexpr int kLatestMs = 500;
-            QTimer::singleShot(kLatestMs, form, sharpen);
-        } else {
-            sharpen();
-        }
-    }
-
     FormMontage& f;
     ProgramState& s;
     WaitCursor m_cursor;

@@ -30,9 +30,6 @@ void FormMontage::loadSeriesMember(int k, const std::string& fileName) {
 
 void FormMontage::loadSeriesMember(int k, const std::string& fileName, QImage picture) {
     FormPicture* window = pictureWindow(k);
-    // Smooth scaling of a whole series costs half as much again as decoding it: it
-    // waits until the command is done.
-    window->PictureFile->setQuickDisplay(true);
     window->PictureFile->setDisplayScale(
         screenDisplayScale(m_state, picture.width(), picture.height()));
     window->PictureFile->setPicture(std::move(picture));
@@ -61,14 +58,6 @@ void FormMontage::placePictureWindows() {
         window->show();
         if (k <= kIgnorableImages) {
             m.mnuignoreImage[static_cast<size_t>(k - 1)]->setVisible(true);
-        }
-    }
-}
-
-void FormMontage::sharpenPictureWindows() {
-    for (int k = 1; k < kImageSlots; ++k) {
-        if (hasPictureWindow(k)) {
-            pictureWindow(k)->PictureFile->sharpen();
         }
     }
 }
@@ -187,7 +176,6 @@ void FormMontage::mnuLoad_Click() {
     } catch (const ProcessEnding&) {
     }
     QApplication::restoreOverrideCursor();
-    sharpenPictureWindows();
     s.firstLoadAfterStart = kFalse;
 }
 
