@@ -337,6 +337,18 @@ void runBlockLoop(ProgramState& state, int16_t rowShift, const BlockRowFn& rowDo
     std::size_t lowerEnd = split;  // the rows below this one are done
     std::jthread lower;
     if (twoCores) {
+        // The montage's pages are fresh: taken on two threads at once they can stall
+        // the kernel for tens of milliseconds, so this thread takes the lower half's
+        // first, leaving every byte as it is.
+        uint8_t* slot = b.montageSlot(PixelBuffers::kFirstMontageSlot);
+        const std::size_t slotBytes =
+            b.montageRowBytes() * static_cast<std::size_t>(b.montageMaxY + 1);
+        constexpr std::size_t kPage = 4096;
+        for (std::size_t at = static_cast<std::size_t>(rows[split]) * b.montageRowBytes();
+             at < slotBytes; at += kPage) {
+            volatile uint8_t* byte = slot + at;
+            *byte = *byte;
+        }
         lower = std::jthread([&] {
             try {
                 std::vector<BlockCopy> copies;
