@@ -42,8 +42,9 @@ void savePicture(const QImage& image, const std::string& fileName, const char* f
 /// picture in between where the format allows. Throws RuntimeError as savePicture.
 void saveMontage(const PixelBuffers& buffers, int width, int height, const std::string& fileName);
 
-/// The picture at `size` for a window that shows it reduced, smoothly scaled. A
-/// picture of three-byte pixels (the montage) is first cut down by whole squares.
+/// The picture at `size` for a window that shows it reduced, smoothly scaled: cut
+/// down by whole squares while it is twice the size or more, then filtered
+/// bilinearly to the exact size.
 QImage scaledForDisplay(const QImage& picture, QSize size);
 
 /// Raises the decoder's memory limit once, so that large photographs load.
