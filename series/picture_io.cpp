@@ -13,6 +13,7 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <type_traits>
 
 #include "core/files.h"
 #include "core/runtime_error.h"
@@ -46,6 +47,18 @@ void configurePictureReading() {
 }
 
 namespace {
+
+// The format a reader will decode into. A cut JPEG header leaves Qt's JPEG reader
+// answering with memory it never set, no format at all: its bytes are checked as a
+// number before they are taken as one.
+QImage::Format readerFormat(const QImageReader& reader) {
+    const QImage::Format told = reader.imageFormat();
+    std::underlying_type_t<QImage::Format> number = 0;
+    std::memcpy(&number, &told, sizeof number);
+    const auto known = static_cast<long long>(number);
+    return known >= 0 && known < QImage::NImageFormats ? static_cast<QImage::Format>(number)
+                                                       : QImage::Format_Invalid;
+}
 
 bool isThirtyTwoBit(QImage::Format format) {
     return format == QImage::Format_RGB32 || format == QImage::Format_ARGB32 ||
@@ -105,7 +118,7 @@ QImage decodePicture(const std::string& fileName, SampleBuffer* scratch) {
     reader.setDecideFormatFromContent(true);
     QImage image;
     const QSize size = reader.size();
-    const QImage::Format format = reader.imageFormat();
+    const QImage::Format format = readerFormat(reader);
     const std::size_t rowBytes = 4u * static_cast<std::size_t>(std::max(size.width(), 0));
     const std::size_t bytes = rowBytes * static_cast<std::size_t>(std::max(size.height(), 0));
     if (reader.format() == "png" && !pngChunksWithinFile(fileName)) {
