@@ -9,13 +9,13 @@ int reducedSide(int size, int factor) {
     return factor < 1 || size < 1 ? 0 : (size + factor - 1) / factor;
 }
 
-void reducePicture(const PictureView& picture, int factor, uint32_t* out,
-                   std::ptrdiff_t outStride) {
-    const int outWidth = reducedSide(picture.width, factor);
-    const int outHeight = reducedSide(picture.height, factor);
-    if (outWidth == 0 || outHeight == 0 || picture.bits == nullptr) {
-        return;
-    }
+namespace {
+
+// Sum is the type of the column sums: 16 bits hold up to 257 rows of bytes and give
+// the wide adds twice the lanes of 32.
+template <typename Sum>
+void reduceWith(const PictureView& picture, int factor, uint32_t* out, std::ptrdiff_t outStride,
+                int outWidth, int outHeight) {
     const int step = picture.format == PixelFormat::bgrx32 ? 4 : 3;
     // Where red and blue stand in a pixel.
     const int red = picture.format == PixelFormat::rgb24 ? 0 : 2;
@@ -23,11 +23,11 @@ void reducePicture(const PictureView& picture, int factor, uint32_t* out,
     // A band of rows is first summed down each byte column, a loop the compiler turns
     // into wide adds; each square then sums its columns once per band.
     const std::size_t rowBytes = static_cast<std::size_t>(picture.width) * step;
-    std::vector<uint32_t> columns(rowBytes);
+    std::vector<Sum> columns(rowBytes);
     for (int oy = 0; oy < outHeight; ++oy) {
         const int yFirst = oy * factor;
         const int yEnd = std::min(yFirst + factor, picture.height);
-        uint32_t* column = columns.data();
+        Sum* column = columns.data();
         const uint8_t* first = picture.bits + static_cast<std::ptrdiff_t>(yFirst) * picture.stride;
         for (std::size_t i = 0; i < rowBytes; ++i) {
             column[i] = first[i];
@@ -35,7 +35,7 @@ void reducePicture(const PictureView& picture, int factor, uint32_t* out,
         for (int y = yFirst + 1; y < yEnd; ++y) {
             const uint8_t* p = picture.bits + static_cast<std::ptrdiff_t>(y) * picture.stride;
             for (std::size_t i = 0; i < rowBytes; ++i) {
-                column[i] += p[i];
+                column[i] = static_cast<Sum>(column[i] + p[i]);
             }
         }
         auto* row = reinterpret_cast<uint32_t*>(reinterpret_cast<uint8_t*>(out) + oy * outStride);
@@ -52,7 +52,7 @@ void reducePicture(const PictureView& picture, int factor, uint32_t* out,
                        ? static_cast<uint32_t>((rounded * reciprocal) >> 32)
                        : rounded / count;
         };
-        const uint32_t* sums = columns.data();
+        const Sum* sums = columns.data();
         for (int ox = 0; ox < outWidth; ++ox) {
             const int xFirst = ox * factor;
             const int xEnd = std::min(xFirst + factor, picture.width);
@@ -67,6 +67,22 @@ void reducePicture(const PictureView& picture, int factor, uint32_t* out,
             const uint32_t count = rows * static_cast<uint32_t>(xEnd - xFirst);
             row[ox] = 0xFF000000u | (mean(r, count) << 16) | (mean(g, count) << 8) | mean(b, count);
         }
+    }
+}
+
+}  // namespace
+
+void reducePicture(const PictureView& picture, int factor, uint32_t* out,
+                   std::ptrdiff_t outStride) {
+    const int outWidth = reducedSide(picture.width, factor);
+    const int outHeight = reducedSide(picture.height, factor);
+    if (outWidth == 0 || outHeight == 0 || picture.bits == nullptr) {
+        return;
+    }
+    if (factor <= 257) {
+        reduceWith<uint16_t>(picture, factor, out, outStride, outWidth, outHeight);
+    } else {
+        reduceWith<uint32_t>(picture, factor, out, outStride, outWidth, outHeight);
     }
 }
 

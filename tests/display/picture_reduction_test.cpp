@@ -95,6 +95,18 @@ TEST(ReducePicture, EverySquareIsTheRoundedMeanOfWhatItCovers) {
     }
 }
 
+// The column sums take 16 bits up to 257 rows: white, the largest sum, at the bound
+// and past it.
+TEST(ReducePicture, WhiteStaysWhiteAtTheWidthOfTheSums) {
+    for (int factor : {257, 258}) {
+        std::vector<uint8_t> white(static_cast<std::size_t>(factor) * factor * 3, 0xFF);
+        const PictureView view{factor, factor, white.data(), factor * 3, PixelFormat::bgr24};
+        uint32_t pixel = 0;
+        reducePicture(view, factor, &pixel, 4);
+        EXPECT_EQ(pixel, 0xFFFFFFFFu) << factor;
+    }
+}
+
 TEST(ReducePicture, SidesAndNothingToDo) {
     EXPECT_EQ(reducedSide(4000, 4), 1000);
     EXPECT_EQ(reducedSide(4001, 4), 1001);
