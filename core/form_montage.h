@@ -6,6 +6,7 @@
 #include <QMenu>
 #include <QPushButton>
 #include <array>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -190,8 +191,13 @@ class FormMontage : public QMainWindow {
                             const char* routine);
     /// Loads series member k into its window, with its caption, and yields once.
     void loadSeriesMember(int k, const std::string& fileName);
-    /// The same with the member's picture already decoded.
-    void loadSeriesMember(int k, const std::string& fileName, QImage picture);
+    /// The same with the member's picture already decoded, and perhaps already
+    /// scaled for its window.
+    void loadSeriesMember(int k, const std::string& fileName, QImage picture,
+                          QImage shown = QImage());
+    /// The size a series window shows a picture of a given size at, for the reading
+    /// threads: the screen is read now, on this thread.
+    std::function<QSize(QSize)> seriesWindowSize() const;
     /// Shows images 1 to imageCount in a cascade down the left of the screen.
     void placePictureWindows();
     /// Hides the windows of the last run or load; the ignore entries go too.

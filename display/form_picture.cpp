@@ -41,9 +41,9 @@ PictureBox::PictureBox(QWidget* parent) : QWidget(parent) {
     resetMarks();
 }
 
-void PictureBox::setPicture(QImage picture) {
+void PictureBox::setPicture(QImage picture, QImage shown) {
     m_picture = std::move(picture);
-    fitToPicture();
+    fitToPicture(std::move(shown));
 }
 
 void PictureBox::clearPicture() {
@@ -61,19 +61,25 @@ void PictureBox::setDisplayScale(double scale) {
     fitToPicture();
 }
 
-QSize PictureBox::shownSize() const {
-    if (m_scale == 1.0) {
-        return m_picture.size();
+QSize PictureBox::shownSizeAt(QSize picture, double scale) {
+    scale = std::clamp(scale, 1e-3, 1.0);
+    if (scale == 1.0) {
+        return picture;
     }
-    return QSize(std::max(1, static_cast<int>(std::lround(m_picture.width() * m_scale))),
-                 std::max(1, static_cast<int>(std::lround(m_picture.height() * m_scale))));
+    return QSize(std::max(1, static_cast<int>(std::lround(picture.width() * scale))),
+                 std::max(1, static_cast<int>(std::lround(picture.height() * scale))));
 }
 
-void PictureBox::fitToPicture() {
+QSize PictureBox::shownSize() const {
+    return shownSizeAt(m_picture.size(), m_scale);
+}
+
+void PictureBox::fitToPicture(QImage shown) {
     m_shown = QImage();
     if (!m_picture.isNull() && m_scale < 1.0) {
         // Scaled once here rather than at every paint: a photograph is large.
-        m_shown = scaledForDisplay(m_picture, shownSize());
+        m_shown = shown.size() == shownSize() ? std::move(shown)
+                                              : scaledForDisplay(m_picture, shownSize());
     }
     if (m_autoSize && !m_picture.isNull()) {
         resize(shownSize());

@@ -18,7 +18,10 @@ class PictureBox : public QWidget {
     explicit PictureBox(QWidget* parent);
 
     /// Holds the picture; with autoSize the control takes the picture's shown size.
-    void setPicture(QImage picture);
+    /// A shown picture of that size, scaled ahead, saves scaling it here.
+    void setPicture(QImage picture, QImage shown = QImage());
+    /// The size a picture of `picture`'s size is shown at, at a display scale.
+    static QSize shownSizeAt(QSize picture, double scale);
     /// Removes the picture: the control then reads as blank (black) samples.
     void clearPicture();
     const QImage& picture() const { return m_picture; }
@@ -61,7 +64,7 @@ class PictureBox : public QWidget {
 
   private:
     QSize shownSize() const;
-    void fitToPicture();
+    void fitToPicture(QImage shown = QImage());
 
     QImage m_picture;
     QImage m_shown;  // the picture at the display scale, when that is below 1

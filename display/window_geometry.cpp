@@ -67,24 +67,34 @@ double windowHeightTwips(const QWidget* window, const ProgramState& state) {
            state.twipsPerPixel;
 }
 
-double displayScale(double pictureWidth, double pictureHeight, double availableWidth,
-                    double availableHeight, const ProgramState& state) {
-    const double roomX = availableWidth - 2.0 * state.sizingFrameHeight;
-    const double roomY = availableHeight - state.captionHeight - 2.0 * state.dialogFrameHeight;
+double displayScale(double pictureWidth, double pictureHeight, const PictureRoom& room) {
     double scale = 1.0;
-    if (pictureWidth > 0 && roomX > 0) {
-        scale = std::min(scale, roomX / pictureWidth);
+    if (pictureWidth > 0 && room.width > 0) {
+        scale = std::min(scale, room.width / pictureWidth);
     }
-    if (pictureHeight > 0 && roomY > 0) {
-        scale = std::min(scale, roomY / pictureHeight);
+    if (pictureHeight > 0 && room.height > 0) {
+        scale = std::min(scale, room.height / pictureHeight);
     }
     return scale;
 }
 
-double screenDisplayScale(const ProgramState& state, double pictureWidth, double pictureHeight) {
+double displayScale(double pictureWidth, double pictureHeight, double availableWidth,
+                    double availableHeight, const ProgramState& state) {
+    const PictureRoom room{availableWidth - 2.0 * state.sizingFrameHeight,
+                           availableHeight - state.captionHeight - 2.0 * state.dialogFrameHeight};
+    return displayScale(pictureWidth, pictureHeight, room);
+}
+
+PictureRoom screenPictureRoom(const ProgramState& state) {
     const QScreen* screen = QGuiApplication::primaryScreen();
-    const QRect room = screen != nullptr ? screen->availableGeometry() : QRect(0, 0, 1024, 768);
-    return displayScale(pictureWidth, pictureHeight, room.width(), room.height(), state);
+    const QRect available =
+        screen != nullptr ? screen->availableGeometry() : QRect(0, 0, 1024, 768);
+    return {available.width() - 2.0 * state.sizingFrameHeight,
+            available.height() - state.captionHeight - 2.0 * state.dialogFrameHeight};
+}
+
+double screenDisplayScale(const ProgramState& state, double pictureWidth, double pictureHeight) {
+    return displayScale(pictureWidth, pictureHeight, screenPictureRoom(state));
 }
 
 double screenWidthTwips(const ProgramState& state) {

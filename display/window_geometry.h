@@ -56,6 +56,15 @@ double displayScale(double pictureWidth, double pictureHeight, double availableW
 /// The same for the primary screen's available area.
 double screenDisplayScale(const ProgramState& state, double pictureWidth, double pictureHeight);
 
+/// The room a picture window has for its picture on this screen, read once on the
+/// window thread, so that the display scale can be worked out on any thread.
+struct PictureRoom {
+    double width = 0;
+    double height = 0;
+};
+PictureRoom screenPictureRoom(const ProgramState& state);
+double displayScale(double pictureWidth, double pictureHeight, const PictureRoom& room);
+
 /// The primary screen's size in twips.
 double screenWidthTwips(const ProgramState& state);
 double screenHeightTwips(const ProgramState& state);

@@ -66,8 +66,8 @@ class CreateImageWindows : public CreateImageFront {
     // shared, not a copy.
     void seriesFound(const SeriesPattern& pattern) override {
         m_reader.reset();
-        m_reader =
-            std::make_unique<SeriesReader>(pattern, SeriesReader::ReadInto::framesAndPictures, 2);
+        m_reader = std::make_unique<SeriesReader>(
+            pattern, SeriesReader::ReadInto::framesAndPictures, 2, f.seriesWindowSize());
     }
     void loadMember(int k, const std::string& fileName) override {
         if (!m_reader) {
@@ -75,7 +75,7 @@ class CreateImageWindows : public CreateImageFront {
             return;
         }
         m_reader->load(k, fileName);
-        f.loadSeriesMember(k, fileName, m_reader->picture(k));
+        f.loadSeriesMember(k, fileName, m_reader->picture(k), m_reader->shown(k));
     }
     PictureView memberPicture(int k) override {
         return viewOf(f.pictureWindow(k)->PictureFile->picture());

@@ -28,17 +28,26 @@ void FormMontage::loadSeriesMember(int k, const std::string& fileName) {
     loadSeriesMember(k, fileName, loadPicture(fileName));
 }
 
-void FormMontage::loadSeriesMember(int k, const std::string& fileName, QImage picture) {
+void FormMontage::loadSeriesMember(int k, const std::string& fileName, QImage picture,
+                                   QImage shown) {
     FormPicture* window = pictureWindow(k);
     window->PictureFile->setDisplayScale(
         screenDisplayScale(m_state, picture.width(), picture.height()));
-    window->PictureFile->setPicture(std::move(picture));
+    window->PictureFile->setPicture(std::move(picture), std::move(shown));
     window->setWindowTitle(QString::fromStdString(
         "Image" + numberToText(static_cast<long long>(k)) + " -- " + fileName));
     if (window->isMinimized() || window->isMaximized()) {
         window->showNormal();
     }
     yieldEvents();
+}
+
+std::function<QSize(QSize)> FormMontage::seriesWindowSize() const {
+    const PictureRoom room = screenPictureRoom(m_state);
+    return [room](QSize picture) {
+        return PictureBox::shownSizeAt(picture,
+                                       displayScale(picture.width(), picture.height(), room));
+    };
 }
 
 void FormMontage::placePictureWindows() {
@@ -140,12 +149,12 @@ void FormMontage::mnuLoad_Click() {
         if (go) {
             stage = 510;
             // Both cores decode ahead while the windows take the pictures in turn.
-            SeriesReader reader(pattern, SeriesReader::ReadInto::pictures, 2);
+            SeriesReader reader(pattern, SeriesReader::ReadInto::pictures, 2, seriesWindowSize());
             const SeriesLoopResult loop = loadSeriesLoop(
                 pattern,
                 [this, &reader](int k, const std::string& f) {
                     reader.load(k, f);
-                    loadSeriesMember(k, f, reader.picture(k));
+                    loadSeriesMember(k, f, reader.picture(k), reader.shown(k));
                 },
                 s.imageCount, s.currentFileName);
             if (loop.end == SeriesEnd::limit) {

@@ -69,6 +69,7 @@ struct SeriesReader::Member {
     FileIdentity identity;  // as found just before it was decoded
     enum class State { waiting, reading, done } state = State::waiting;
     QImage picture;
+    QImage shown;  // the picture at its window's size, made ahead
     int width = 0;
     int height = 0;
     int errorNumber = 0;
@@ -76,8 +77,10 @@ struct SeriesReader::Member {
     bool loaded = false;
 };
 
-SeriesReader::SeriesReader(const SeriesPattern& pattern, ReadInto into, int threads)
+SeriesReader::SeriesReader(const SeriesPattern& pattern, ReadInto into, int threads,
+                           ShownSize shownSize)
     : m_keepPictures(into != ReadInto::frames),
+      m_shownSize(std::move(shownSize)),
       m_intoFrames(into != ReadInto::pictures),
       m_members(static_cast<std::size_t>(kMaxImages)) {
     std::size_t listed = 0;
@@ -152,9 +155,23 @@ void SeriesReader::decodeAhead(std::size_t index, SampleBuffer& scratch) {
         // Whatever else went wrong is met again when the member is loaded.
         errorNumber = kReadAgain;
     }
+    // Scaled here while the picture is still in this core's caches, and off the
+    // thread that waits for it.
+    QImage shown;
+    if (m_keepPictures && m_shownSize && !picture.isNull()) {
+        const QSize size = m_shownSize(picture.size());
+        if (!size.isEmpty() && size != picture.size()) {
+            try {
+                shown = scaledForDisplay(picture, size);
+            } catch (...) {
+                shown = QImage();  // the window scales it itself
+            }
+        }
+    }
 
     std::unique_lock lock(m_mutex);
     m.identity = identity;
+    m.shown = std::move(shown);
     m.errorNumber = errorNumber;
     m.width = picture.width();
     m.height = picture.height();
@@ -254,6 +271,7 @@ void SeriesReader::loadMember(int k, const std::string& fileName) {
             m.fileName = fileName;
         }
         m.picture = std::move(picture);
+        m.shown = QImage();
         m.width = m.picture.width();
         m.height = m.picture.height();
         m.errorNumber = 0;
@@ -270,6 +288,14 @@ QImage SeriesReader::picture(int k) const {
         return {};
     }
     return m_members[static_cast<std::size_t>(k - 1)].picture;
+}
+
+QImage SeriesReader::shown(int k) const {
+    const std::lock_guard lock(m_mutex);
+    if (k < 1 || k > static_cast<int>(m_members.size())) {
+        return {};
+    }
+    return m_members[static_cast<std::size_t>(k - 1)].shown;
 }
 
 PictureView SeriesReader::view(int k) const {

@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -27,9 +28,15 @@ class SeriesReader {
         pictures,           ///< its picture alone: no series buffer is laid out
     };
 
+    /// The size a window shows a picture of the given size at; the picture's own size
+    /// (or an empty one) when it is shown whole. Asked on the reading threads.
+    using ShownSize = std::function<QSize(QSize picture)>;
+
     /// Starts reading on `threads` threads. A member that stands in its frame keeps
-    /// only its size unless its picture is read as well.
-    SeriesReader(const SeriesPattern& pattern, ReadInto into, int threads);
+    /// only its size unless its picture is read as well. With shownSize, a kept
+    /// picture is also scaled for its window on the thread that decoded it.
+    SeriesReader(const SeriesPattern& pattern, ReadInto into, int threads,
+                 ShownSize shownSize = nullptr);
     /// Stops reading ahead and waits for the threads.
     ~SeriesReader();
     SeriesReader(const SeriesReader&) = delete;
@@ -43,6 +50,8 @@ class SeriesReader {
 
     /// Member k's picture as loaded; null when it stands only in its frame.
     QImage picture(int k) const;
+    /// Member k's picture at its shown size, when a reading thread made it; else null.
+    QImage shown(int k) const;
     /// Member k's size, with its samples when the picture is kept.
     PictureView view(int k) const;
 
@@ -61,6 +70,7 @@ class SeriesReader {
     void stop();
 
     const bool m_keepPictures;
+    const ShownSize m_shownSize;
     const bool m_intoFrames;
     mutable std::mutex m_mutex;
     std::condition_variable m_changed;

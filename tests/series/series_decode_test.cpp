@@ -204,6 +204,34 @@ TEST(SeriesReader, FilesThatChangeDuringTheRunAreReadAsTheyAreThen) {
     }
 }
 
+// The window copies a reading thread scales are the window's own scaling of the
+// very picture loaded, never of one the file held before; a picture shown whole
+// needs none.
+TEST(SeriesReader, ShownCopiesAreThePictureScaledForItsWindow) {
+    TestFolder dir;
+    makeMixedSeries(dir, ".png");
+    const auto half = [](QSize picture) { return picture.width() > 40 ? picture / 2 : picture; };
+    SeriesReader reader(findDigits(dir.path("m1.png")), ReadInto::framesAndPictures, 2, half);
+    for (int k = 1; k <= 4; ++k) {
+        if (k == 3) {
+            // Read ahead or not yet, member 3 now holds another picture.
+            replaceMember(testing::patternPicture(60, 30, 9), dir.path("m3.png"));
+        }
+        reader.load(k, dir.path("m" + std::to_string(k) + ".png"));
+        const QImage picture = reader.picture(k);
+        const QImage shown = reader.shown(k);
+        if (k == 3 && shown.isNull()) {
+            continue;  // read again as it was loaded: the window scales it
+        }
+        if (half(picture.size()) == picture.size()) {
+            EXPECT_TRUE(shown.isNull()) << k;
+            continue;
+        }
+        ASSERT_EQ(shown.size(), picture.size() / 2) << k;
+        EXPECT_EQ(shown, scaledForDisplay(picture, picture.size() / 2)) << k;
+    }
+}
+
 TEST(SeriesReader, BrokenMembersEndTheLoopAsLoadingWould) {
     TestFolder dir;
     makeMixedSeries(dir, ".png");
