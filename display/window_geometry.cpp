@@ -78,19 +78,27 @@ double displayScale(double pictureWidth, double pictureHeight, const PictureRoom
     return scale;
 }
 
+namespace {
+
+// The available area less a picture window's frame and title.
+PictureRoom roomIn(double availableWidth, double availableHeight, const ProgramState& state) {
+    return {availableWidth - 2.0 * state.sizingFrameHeight,
+            availableHeight - state.captionHeight - 2.0 * state.dialogFrameHeight};
+}
+
+}  // namespace
+
 double displayScale(double pictureWidth, double pictureHeight, double availableWidth,
                     double availableHeight, const ProgramState& state) {
-    const PictureRoom room{availableWidth - 2.0 * state.sizingFrameHeight,
-                           availableHeight - state.captionHeight - 2.0 * state.dialogFrameHeight};
-    return displayScale(pictureWidth, pictureHeight, room);
+    return displayScale(pictureWidth, pictureHeight,
+                        roomIn(availableWidth, availableHeight, state));
 }
 
 PictureRoom screenPictureRoom(const ProgramState& state) {
     const QScreen* screen = QGuiApplication::primaryScreen();
     const QRect available =
         screen != nullptr ? screen->availableGeometry() : QRect(0, 0, 1024, 768);
-    return {available.width() - 2.0 * state.sizingFrameHeight,
-            available.height() - state.captionHeight - 2.0 * state.dialogFrameHeight};
+    return roomIn(available.width(), available.height(), state);
 }
 
 double screenDisplayScale(const ProgramState& state, double pictureWidth, double pictureHeight) {

@@ -225,12 +225,16 @@ QImage pictureFromFrame(const uint8_t* frame, int frameWidth, int frameHeight, i
 
 namespace {
 
+QImage qtSmoothScaled(const QImage& picture, QSize size) {
+    return picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+}
+
 // Bilinear filtering: below half the size it would skip pixels, down to half it reads
 // every one.
 QImage bilinearScaled(const QImage& picture, QSize size) {
     QImage scaled(size, QImage::Format_RGB32);
     if (scaled.isNull()) {
-        return picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        return qtSmoothScaled(picture, size);
     }
     QPainter painter(&scaled);
     painter.setCompositionMode(QPainter::CompositionMode_Source);
@@ -251,7 +255,7 @@ QImage scaledForDisplay(const QImage& picture, QSize size) {
                        format == QImage::Format_RGB32 || format == QImage::Format_ARGB32;
     if (!known || size.isEmpty() || size.width() > picture.width() ||
         size.height() > picture.height()) {
-        return picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        return qtSmoothScaled(picture, size);
     }
     const int factor = std::min(picture.width() / size.width(), picture.height() / size.height());
     if (factor < 2) {
@@ -260,7 +264,7 @@ QImage scaledForDisplay(const QImage& picture, QSize size) {
     QImage reduced(reducedSide(picture.width(), factor), reducedSide(picture.height(), factor),
                    QImage::Format_RGB32);
     if (reduced.isNull()) {
-        return picture.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+        return qtSmoothScaled(picture, size);
     }
     reducePicture(viewOf(picture), factor, reinterpret_cast<uint32_t*>(reduced.bits()),
                   reduced.bytesPerLine());

@@ -42,12 +42,17 @@ std::size_t machineBudget() {
     return std::size_t{1} << 40;
 }
 
+// Whether `bytes` more fit in `limit` beside `held`, without overflowing.
+bool fitsBeside(std::size_t held, std::size_t bytes, std::size_t limit) {
+    return bytes <= limit && held <= limit - bytes;
+}
+
 // Takes `bytes` out of the budget, or throws RuntimeError 7.
 void reserve(std::size_t bytes) {
     const std::size_t limit = SampleBuffer::budget();
     std::size_t held = g_held.load();
     do {
-        if (bytes > limit || held > limit - bytes) {
+        if (!fitsBeside(held, bytes, limit)) {
             throw RuntimeError(kOutOfMemory);
         }
     } while (!g_held.compare_exchange_weak(held, held + bytes));
@@ -157,9 +162,7 @@ std::size_t SampleBuffer::held() {
 }
 
 bool SampleBuffer::wouldFit(std::size_t bytes) {
-    const std::size_t limit = budget();
-    const std::size_t now = g_held.load();
-    return bytes <= limit && now <= limit - bytes;
+    return fitsBeside(g_held.load(), bytes, budget());
 }
 
 void SampleBuffer::allocateZeroed(std::size_t bytes) {

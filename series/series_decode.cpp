@@ -164,7 +164,7 @@ void SeriesReader::decodeAhead(std::size_t index, SampleBuffer& scratch) {
             try {
                 shown = scaledForDisplay(picture, size);
             } catch (...) {
-                shown = QImage();  // the window scales it itself
+                // Without a copy made here the window scales the picture itself.
             }
         }
     }
