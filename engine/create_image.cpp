@@ -96,6 +96,8 @@ class Run {
             m_front.startPreview();
             readBuffers();
             m_front.seriesRead();
+            // Memory given back while the series was read and not taken again.
+            SampleBuffer::releaseSpares();
 
             m_stage = kStageBlockLoop;
             runBlockLoop(
@@ -154,6 +156,8 @@ class Run {
         s.seriesBase = pattern.seriesBase;
 
         m_stage = kStageLoadMember;
+        // The last series is stale from here on; its memory can take the next one.
+        s.buffers.releaseSeries();
         m_front.seriesFound(pattern);
         const SeriesLoopResult loop = loadSeriesLoop(
             pattern, [this](int k, const std::string& f) { m_front.loadMember(k, f); },
@@ -262,7 +266,9 @@ class Run {
 }  // namespace
 
 RunEnd createImage(ProgramState& state, CreateImageFront& front) {
-    return Run(state, front).go();
+    const RunEnd end = Run(state, front).go();
+    SampleBuffer::releaseSpares();
+    return end;
 }
 
 }  // namespace lumiquilt

@@ -5,7 +5,9 @@
 #include <bit>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <utility>
+#include <vector>
 
 #if defined(__x86_64__) || defined(__i386__)
 #include <immintrin.h>
@@ -26,6 +28,8 @@ namespace {
 // them: far fewer page faults when the buffer is first written.
 constexpr std::size_t kLargePage = 2u << 20;
 constexpr std::size_t kLargeBuffer = 8u << 20;
+// Buffers of a picture's size are mappings of their own, which can be kept for reuse.
+constexpr std::size_t kMappedBuffer = 1u << 20;
 
 // What all buffers hold, against the budget: decoding threads allocate at once.
 std::atomic<std::size_t> g_held{0};
@@ -57,6 +61,73 @@ void reserve(std::size_t bytes) {
         }
     } while (!g_held.compare_exchange_weak(held, held + bytes));
 }
+
+#if defined(__linux__)
+// Mappings given back, kept for the next buffer of the same size. The window program
+// lets go of one series' pictures and buffer while it decodes the next, and each
+// compare pass sizes its montage anew: a page used again costs a clearing instead of
+// a fault, and in a virtual machine a fault can cost the host's too. They stay
+// resident, so they are few and short-lived: see releaseSpares().
+constexpr std::size_t kSpareMost = 1024u << 20;
+
+struct Spare {
+    void* mapping = nullptr;
+    std::size_t mappingSize = 0;
+    uint8_t* data = nullptr;
+    std::size_t bytes = 0;
+};
+
+std::mutex g_spareMutex;
+std::vector<Spare> g_spares;
+std::size_t g_spareBytes = 0;
+
+bool keepSpare(const Spare& spare) {
+    const std::lock_guard lock(g_spareMutex);
+    if (spare.mappingSize > kSpareMost - g_spareBytes) {
+        return false;
+    }
+    try {
+        g_spares.push_back(spare);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+    g_spareBytes += spare.mappingSize;
+    return true;
+}
+
+// A kept mapping of exactly `bytes`, its bytes cleared; or an empty one.
+Spare takeSpare(std::size_t bytes) {
+    Spare spare;
+    {
+        const std::lock_guard lock(g_spareMutex);
+        const auto found = std::find_if(g_spares.begin(), g_spares.end(),
+                                        [bytes](const Spare& s) { return s.bytes == bytes; });
+        if (found == g_spares.end()) {
+            return spare;
+        }
+        spare = *found;
+        *found = g_spares.back();
+        g_spares.pop_back();
+        g_spareBytes -= spare.mappingSize;
+    }
+    std::memset(spare.data, 0, spare.bytes);
+    return spare;
+}
+
+void dropSpares() {
+    const std::lock_guard lock(g_spareMutex);
+    for (const Spare& spare : g_spares) {
+        ::munmap(spare.mapping, spare.mappingSize);
+    }
+    g_spares.clear();
+    g_spareBytes = 0;
+}
+
+std::size_t spareBytes() {
+    const std::lock_guard lock(g_spareMutex);
+    return g_spareBytes;
+}
+#endif
 
 // Four 32-bit pixels (blue, green, red, unused) become three words of three-byte
 // pixels: one load and one store per word instead of a byte at a time.
@@ -130,14 +201,21 @@ SampleBuffer::~SampleBuffer() {
     release();
 }
 
-void SampleBuffer::release() {
+void SampleBuffer::discard() {
+    release(false);
+}
+
+void SampleBuffer::release(bool keep) {
 #if defined(__linux__)
     if (m_mapping != nullptr) {
-        ::munmap(m_mapping, m_mappingSize);
+        if (!keep || !keepSpare({m_mapping, m_mappingSize, m_data, m_size})) {
+            ::munmap(m_mapping, m_mappingSize);
+        }
     } else {
         std::free(m_data);
     }
 #else
+    (void)keep;
     std::free(m_data);
 #endif
     g_held -= m_size;
@@ -161,6 +239,20 @@ std::size_t SampleBuffer::held() {
     return g_held.load();
 }
 
+void SampleBuffer::releaseSpares() {
+#if defined(__linux__)
+    dropSpares();
+#endif
+}
+
+std::size_t SampleBuffer::spares() {
+#if defined(__linux__)
+    return spareBytes();
+#else
+    return 0;
+#endif
+}
+
 bool SampleBuffer::wouldFit(std::size_t bytes) {
     return fitsBeside(g_held.load(), bytes, budget());
 }
@@ -170,20 +262,36 @@ void SampleBuffer::allocateZeroed(std::size_t bytes) {
     if (bytes == 0) {
         return;
     }
+#if defined(__linux__)
+    // Kept mappings give way to a buffer the budget has no room for beside them.
+    if (!fitsBeside(held() + spareBytes(), bytes, budget())) {
+        dropSpares();
+    }
+#endif
     reserve(bytes);
 #if defined(__linux__)
-    if (bytes >= kLargeBuffer) {
+    if (bytes >= kMappedBuffer) {
+        if (const Spare spare = takeSpare(bytes); spare.mapping != nullptr) {
+            m_mapping = spare.mapping;
+            m_mappingSize = spare.mappingSize;
+            m_data = spare.data;
+            m_size = bytes;
+            return;
+        }
         // Fresh anonymous pages are zero; nothing is written until the buffer is used.
-        const std::size_t mappingSize = bytes + kLargePage;
+        const bool large = bytes >= kLargeBuffer;
+        const std::size_t mappingSize = large ? bytes + kLargePage : bytes;
         void* mapping = ::mmap(nullptr, mappingSize, PROT_READ | PROT_WRITE,
                                MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (mapping == MAP_FAILED) {
             g_held -= bytes;
             throw RuntimeError(kOutOfMemory);
         }
-        const auto start = reinterpret_cast<std::uintptr_t>(mapping);
-        const std::uintptr_t aligned = (start + kLargePage - 1) & ~(kLargePage - 1);
-        ::madvise(reinterpret_cast<void*>(aligned), bytes, MADV_HUGEPAGE);
+        auto aligned = reinterpret_cast<std::uintptr_t>(mapping);
+        if (large) {
+            aligned = (aligned + kLargePage - 1) & ~(kLargePage - 1);
+            ::madvise(reinterpret_cast<void*>(aligned), bytes, MADV_HUGEPAGE);
+        }
         m_mapping = mapping;
         m_mappingSize = mappingSize;
         m_data = reinterpret_cast<uint8_t*>(aligned);
@@ -270,6 +378,13 @@ void PixelBuffers::sizeSeries(int width, int height, int images) {
     seriesMaxImage = checkedInt16(images);
     seriesPixels.allocateZeroed(seriesRowBytes() * static_cast<std::size_t>(seriesMaxY + 1) *
                                 static_cast<std::size_t>(std::max(images, 0)));
+}
+
+void PixelBuffers::releaseSeries() {
+    seriesPixels.allocateZeroed(0);
+    seriesMaxX = -1;
+    seriesMaxY = -1;
+    seriesMaxImage = 0;
 }
 
 void PixelBuffers::sizeMontage(int width, int height) {

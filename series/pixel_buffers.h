@@ -52,6 +52,14 @@ class SampleBuffer {
     static std::size_t held();
     /// Whether `bytes` more would fit in the budget now.
     static bool wouldFit(std::size_t bytes);
+    /// A buffer of a picture's size or more, given back, is kept for the next buffer of
+    /// the same size until this gives every kept one back to the system.
+    static void releaseSpares();
+    /// Bytes kept that way now.
+    static std::size_t spares();
+    /// Empties the buffer and gives its block straight back to the system: for one
+    /// that no buffer of its size will follow.
+    void discard();
     /// Keeps the first `bytes` bytes and gives the rest back; never grows.
     void shrink(std::size_t bytes);
 
@@ -60,7 +68,7 @@ class SampleBuffer {
     std::size_t size() const { return m_size; }
 
   private:
-    void release();
+    void release(bool keep = true);
 
     uint8_t* m_data = nullptr;
     std::size_t m_size = 0;
@@ -110,6 +118,8 @@ struct PixelBuffers {
 
     /// Sizes seriesPixels anew, zero-filled. Throws RuntimeError 7 without memory.
     void sizeSeries(int width, int height, int images);
+    /// Gives seriesPixels back: nothing reads it until the next series is read in.
+    void releaseSeries();
     /// Sizes montagePixels (slots 100 to 106) anew, zero-filled.
     void sizeMontage(int width, int height);
     /// Sizes previewPixels anew, zero-filled.

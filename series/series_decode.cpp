@@ -131,13 +131,15 @@ void SeriesReader::work() {
         {
             const std::lock_guard lock(m_mutex);
             if (m_stopping || m_next >= m_listed) {
-                return;
+                break;
             }
             index = m_next++;
             m_members[index].state = Member::State::reading;
         }
         decodeAhead(index, scratch);
     }
+    // Nothing of its size follows: kept, it would only add to the peak.
+    scratch.discard();
 }
 
 void SeriesReader::decodeAhead(std::size_t index, SampleBuffer& scratch) {

@@ -181,6 +181,28 @@ TEST_F(CreateImageRoad, LaterEvaluationPassesKeepTheSeries) {
     EXPECT_EQ(front.count("show"), 1);
 }
 
+// While a new series loads, the last one's buffer is free for it to take, and
+// nothing given back is kept once the run is over.
+TEST_F(CreateImageRoad, ANewSeriesTakesTheMemoryOfTheLast) {
+    makeSeries(3, 400, 400);
+    ASSERT_EQ(run(path("s1.bmp")), RunEnd::completed);
+    const uint8_t* last = state.buffers.seriesPixels.data();
+    ASSERT_NE(last, nullptr);
+    std::vector<const uint8_t*> whileLoading;
+    front.afterLoad = [&](int) { whileLoading.push_back(state.buffers.seriesPixels.data()); };
+    ASSERT_EQ(run(path("s1.bmp")), RunEnd::completed);
+    EXPECT_EQ(whileLoading, std::vector<const uint8_t*>(3, nullptr));
+    EXPECT_EQ(state.buffers.seriesPixels.data(), last);
+    EXPECT_EQ(SampleBuffer::spares(), 0u);
+
+    // A run that ends in the loading loop gives the last buffer back too.
+    front.pictures.erase(path("s2.bmp"));
+    front.afterLoad = nullptr;
+    ASSERT_EQ(run(path("s1.bmp")), RunEnd::stopped);
+    EXPECT_EQ(state.buffers.seriesPixels.data(), nullptr);
+    EXPECT_EQ(SampleBuffer::spares(), 0u);
+}
+
 TEST_F(CreateImageRoad, MinimumAreaShrinksTheMontageAndReportsTheCentres) {
     makeSeries(3);  // 12 by 8
     offsets(true, false, false);

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -222,6 +224,48 @@ TEST(SampleBuffer, BudgetCountsEveryBufferTogether) {
     assigned.shrink(0);
     c.allocateZeroed(0);
     EXPECT_EQ(SampleBuffer::held(), base);
+}
+
+// A buffer of a picture's size given back is taken again by the next buffer of that
+// size, cleared; kept ones give way to a buffer the budget has no room for beside
+// them, and all go back to the system when the run says so.
+TEST(SampleBuffer, BuffersGivenBackAreUsedAgainCleared) {
+    struct Reset {
+        ~Reset() {
+            SampleBuffer::setBudget(0);
+            SampleBuffer::releaseSpares();
+        }
+    } reset;
+    SampleBuffer::releaseSpares();
+    const std::size_t picture = (3u << 20) + 5;
+    auto first = std::make_unique<SampleBuffer>();
+    first->allocateZeroed(picture);
+    std::memset(first->data(), 0xAB, picture);
+    const uint8_t* at = first->data();
+    first.reset();
+    EXPECT_GE(SampleBuffer::spares(), picture);
+
+    SampleBuffer other;
+    other.allocateZeroed(picture + 4096);
+    EXPECT_NE(other.data(), at);
+    SampleBuffer again;
+    again.allocateZeroed(picture);
+    EXPECT_EQ(again.data(), at);
+    EXPECT_EQ(SampleBuffer::spares(), 0u);
+    EXPECT_EQ(std::count(again.data(), again.data() + picture, 0), static_cast<long>(picture));
+
+    // Given back, it stands beside the budget: a buffer it would crowd out gets its room.
+    again.allocateZeroed(0);
+    ASSERT_GT(SampleBuffer::spares(), 0u);
+    SampleBuffer::setBudget(SampleBuffer::held() + 2 * picture);
+    SampleBuffer larger;
+    larger.allocateZeroed(2 * picture);
+    EXPECT_EQ(SampleBuffer::spares(), 0u);
+
+    larger.allocateZeroed(0);
+    ASSERT_GT(SampleBuffer::spares(), 0u);
+    SampleBuffer::releaseSpares();
+    EXPECT_EQ(SampleBuffer::spares(), 0u);
 }
 
 }  // namespace
