@@ -95,6 +95,40 @@ bool keepSpare(const Spare& spare) {
     return true;
 }
 
+// Clears a kept mapping, page-aligned, for its next buffer. Pages never touched are
+// zero already and stay untouched, or a montage's unused slots would cost a fault
+// each; a page the system may have swapped out is dropped, which makes it zero.
+void clearForReuse(uint8_t* data, std::size_t bytes) {
+    const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+    const std::size_t pages = (bytes + page - 1) / page;
+    std::vector<unsigned char> resident;
+    try {
+        resident.resize(pages);
+    } catch (const std::bad_alloc&) {
+        std::memset(data, 0, bytes);
+        return;
+    }
+    if (::mincore(data, bytes, resident.data()) != 0) {
+        std::memset(data, 0, bytes);
+        return;
+    }
+    for (std::size_t first = 0; first < pages;) {
+        const bool touched = (resident[first] & 1) != 0;
+        std::size_t end = first + 1;
+        while (end < pages && ((resident[end] & 1) != 0) == touched) {
+            ++end;
+        }
+        uint8_t* from = data + first * page;
+        const std::size_t length = std::min(bytes, end * page) - first * page;
+        if (touched) {
+            std::memset(from, 0, length);
+        } else {
+            ::madvise(from, length, MADV_DONTNEED);
+        }
+        first = end;
+    }
+}
+
 // A kept mapping of exactly `bytes`, its bytes cleared; or an empty one.
 Spare takeSpare(std::size_t bytes) {
     Spare spare;
@@ -110,7 +144,7 @@ Spare takeSpare(std::size_t bytes) {
         g_spares.pop_back();
         g_spareBytes -= spare.mappingSize;
     }
-    std::memset(spare.data, 0, spare.bytes);
+    clearForReuse(spare.data, spare.bytes);
     return spare;
 }
 
