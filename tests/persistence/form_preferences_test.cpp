@@ -74,7 +74,7 @@ class FormPreferencesTest : public testing::UiTest {
     static void settle() { QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete); }
 };
 
-TEST_F(FormPreferencesTest, OpensModelessOnceShowsZerosAndTheFirstOkWritesAllButThreeKeys) {
+TEST_F(FormPreferencesTest, OpensModelessOnceAndOkWritesAllButThreeKeysForTheNextStart) {
     start();
     FormPreferences& p = open();
     EXPECT_TRUE(p.isVisible());
@@ -82,32 +82,24 @@ TEST_F(FormPreferencesTest, OpensModelessOnceShowsZerosAndTheFirstOkWritesAllBut
     EXPECT_EQ(p.parentWidget(), &form());
     form().m.mnuPreferences->trigger();  // a second click brings up the same dialog
     EXPECT_EQ(PreferencesCommands::of(form()).dialog(), &p);
+    // No settings file: zeros.
     EXPECT_TRUE(p.OptionMontageMethod[0]->isChecked());
     EXPECT_EQ(p.Text1->text(), "0");
     EXPECT_EQ(p.VScroll1->value(), 0);
     EXPECT_EQ(p.pictureColor(), 0u);
     EXPECT_FALSE(p.CheckLoadImages->isChecked());
     EXPECT_EQ(fields(p), "100 0 0 100 ");
-    QPointer<FormPreferences> dialog(&p);
-    p.CommandOK->click();
-    settle();
-    EXPECT_TRUE(dialog.isNull());
-    EXPECT_EQ(file(),
-              "[preferences]\nMontage method=0\nOriginating image=0\nLoad images=0\nIncrement=0\n"
-              "shortcut=0\nrightmouse=0\nautoSmooth=0\nedgeFactor=0\nfocusFactor=0\ndiffFactor=0\n"
-              "edgefactor2=0\n");
-}
 
-TEST_F(FormPreferencesTest, OkWritesWhatTheControlsHoldAndChangesNoMenu) {
-    start();
-    FormPreferences& p = open();
     p.OptionMontageMethod[4]->setChecked(true);
     p.CheckUsed->setChecked(true);
     p.CheckLoadImages->setChecked(true);
     p.Text1->setText("25");
     p.CheckAutoSmooth->setChecked(true);
     p.TextSmooth[2]->setText("0.5");
+    QPointer<FormPreferences> dialog(&p);
     p.CommandOK->click();
+    settle();
+    EXPECT_TRUE(dialog.isNull());
     EXPECT_EQ(file(),
               "[preferences]\nMontage method=4\nOriginating image=1\nLoad images=1\nIncrement=25\n"
               "shortcut=0\nrightmouse=0\nautoSmooth=1\nedgeFactor=0\nfocusFactor=0\n"
@@ -184,10 +176,11 @@ TEST_F(FormPreferencesTest, OpeningAndOkSkipWhatFailsAndGoOn) {
     EXPECT_TRUE(p.CheckUsed->isChecked());
     EXPECT_EQ(p.pictureColor(), 65280u);
     // With no option chosen, OK leaves the method's key alone; a field that is no
-    // number keeps its setting, and the edge field reads it as 0.
+    // number keeps its setting, but the edge field reads it as 0.
     p.TextSmooth[0]->setText("abc");
     p.TextSmooth[1]->setText("abc");
     p.TextSmooth[2]->setText("");
+    p.TextSmooth[3]->setText("1,5");
     p.CommandOK->click();
     EXPECT_EQ(std::tuple(key("Montage method"), key("Increment"), key("edgeFactor"),
                          key("focusFactor"), key("diffFactor"), key("edgefactor2")),
@@ -241,61 +234,50 @@ TEST_F(FormPreferencesTest, ColorIsStoredAtOnceGivenToTheMarksAndReadAgainByALoa
     EXPECT_EQ(form().targetColor(), 0xFF0000u);
 }
 
-// One row: the boxes, the switch in memory before OK, the ties, and the calls OK makes.
-struct TiesRow {
-    const char* name;
-    bool shortcutBox;
-    bool rightBox;
-    int16_t rightMouseBefore;
-    enum Ties { none, recording, failing } ties;
-    std::vector<std::string> calls;
-};
-
-class PreferencesTies : public FormPreferencesTest,
-                        public ::testing::WithParamInterface<TiesRow> {};
-
-TEST_P(PreferencesTies, OkCallsTheDesktopTiesAtItsStepsAndWritesTheKeysAllTheSame) {
-    const TiesRow& row = GetParam();
-    putSettings("shortcut=0\nrightmouse=" + std::to_string(row.rightMouseBefore) + "\n");
-    start();
-    RecordingTies ties(state, *settings, row.ties == TiesRow::failing);
-    if (row.ties != TiesRow::none) {
-        PreferencesCommands::of(form()).setShellTies(&ties);
+TEST_F(FormPreferencesTest, OkCallsTheDesktopTiesAtItsStepsAndWritesTheKeysAllTheSame) {
+    enum Ties { none, recording, failing };
+    // The shortcut is made after its key is written; the verb changes before the switch
+    // takes the box.
+    const std::vector<std::string> shortcutAndAdd = {
+        "shortcut shortcutKey=1 rightMouse=0 rightmouseKey=0",
+        "add verb shortcutKey=1 rightMouse=0 rightmouseKey=0"};
+    // The boxes, the switch in memory before OK, the ties, and the calls OK makes.
+    const struct {
+        bool shortcutBox, rightBox;
+        int rightMouseBefore;
+        Ties ties;
+        std::vector<std::string> calls;
+    } rows[] = {
+        {true, true, 0, recording, shortcutAndAdd},
+        {false, false, 1, recording, {"remove verb shortcutKey=0 rightMouse=1 rightmouseKey=1"}},
+        {false, true, 1, recording, {}},  // already on: nothing to do
+        {false, false, 0, recording, {}},
+        {true, false, 1, none, {}},                // without ties, only the keys
+        {true, true, 0, failing, shortcutAndAdd},  // failing ties do not stop OK
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(::testing::Message()
+                     << row.shortcutBox << row.rightBox << row.rightMouseBefore << row.ties);
+        putSettings("shortcut=0\nrightmouse=" + std::to_string(row.rightMouseBefore) + "\n");
+        settle();
+        start();
+        RecordingTies ties(state, *settings, row.ties == failing);
+        if (row.ties != none) {
+            PreferencesCommands::of(form()).setShellTies(&ties);
+        }
+        FormPreferences& p = open();
+        p.CheckShortcut->setChecked(row.shortcutBox);
+        p.CheckRight->setChecked(row.rightBox);
+        p.CommandOK->click();
+        EXPECT_EQ(ties.calls, row.calls);
+        EXPECT_EQ(state.shortcutEnabled, row.shortcutBox ? 1 : 0);
+        EXPECT_EQ(state.rightMouseEnabled, row.rightBox ? 1 : 0);
+        EXPECT_EQ(key("shortcut"), row.shortcutBox ? "1" : "0");
+        EXPECT_EQ(key("rightmouse"), row.rightBox ? "1" : "0");
+        EXPECT_EQ(key("edgefactor2"), "0");  // the last key: OK went to its end
+        EXPECT_TRUE(ui.messages.empty());
     }
-    FormPreferences& p = open();
-    p.CheckShortcut->setChecked(row.shortcutBox);
-    p.CheckRight->setChecked(row.rightBox);
-    p.CommandOK->click();
-    EXPECT_EQ(ties.calls, row.calls);
-    EXPECT_EQ(state.shortcutEnabled, row.shortcutBox ? 1 : 0);
-    EXPECT_EQ(state.rightMouseEnabled, row.rightBox ? 1 : 0);
-    EXPECT_EQ(key("shortcut"), row.shortcutBox ? "1" : "0");
-    EXPECT_EQ(key("rightmouse"), row.rightBox ? "1" : "0");
-    EXPECT_EQ(key("edgefactor2"), "0");  // the last key: OK went to its end
-    EXPECT_TRUE(ui.messages.empty());
 }
-
-// The shortcut is made after its key is written; the verb changes before the switch
-// takes the box.
-const std::vector<std::string> kShortcutAndAdd = {
-    "shortcut shortcutKey=1 rightMouse=0 rightmouseKey=0",
-    "add verb shortcutKey=1 rightMouse=0 rightmouseKey=0"};
-
-INSTANTIATE_TEST_SUITE_P(
-    Steps, PreferencesTies,
-    ::testing::Values(TiesRow{"ShortcutAndAdd", true, true, 0, TiesRow::recording, kShortcutAndAdd},
-                      TiesRow{"Remove",
-                              false,
-                              false,
-                              1,
-                              TiesRow::recording,
-                              {"remove verb shortcutKey=0 rightMouse=1 rightmouseKey=1"}},
-                      TiesRow{"AlreadyOnTouchesNothing", false, true, 1, TiesRow::recording, {}},
-                      TiesRow{"AlreadyOffTouchesNothing", false, false, 0, TiesRow::recording, {}},
-                      TiesRow{"WithoutTiesOnlyTheKeys", true, false, 1, TiesRow::none, {}},
-                      TiesRow{"FailingTiesDoNotStopOk", true, true, 0, TiesRow::failing,
-                              kShortcutAndAdd}),
-    [](const ::testing::TestParamInfo<TiesRow>& info) { return info.param.name; });
 
 TEST_F(FormPreferencesTest, AnUnwritableSettingsFileLosesNothingAndSaysNothing) {
     putSettings("Increment=20\n");

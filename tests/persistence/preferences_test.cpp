@@ -3,28 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <tuple>
-#include <vector>
 
 #include "core/runtime_error.h"
-#include "persistence/profile_file.h"
 #include "support/persistence_files.h"
-#include "support/series_error_of.h"
 
 namespace lumiquilt {
 namespace {
-
-using testing::errorOf;
-
-class PreferencesTest : public testing::ScratchFolderTest {
-  protected:
-    void SetUp() override {
-        ScratchFolderTest::SetUp();
-        m_path = path("Lumiquilt.ini");
-    }
-    void put(const std::string& content) { testing::putFile(m_path, content); }
-
-    std::string m_path;
-};
 
 // One row: a settings file (none when empty), and what start-up takes from it.
 struct ScaleRow {
@@ -37,6 +21,8 @@ struct ScaleRow {
     int method;
     double color;
 };
+
+using PreferencesTest = testing::ScratchFolderTest;
 
 TEST_F(PreferencesTest, KeysTakeTheirScalesAndAValueBeyondItsWidthReadsAsZero) {
     const ScaleRow rows[] = {
@@ -54,11 +40,12 @@ TEST_F(PreferencesTest, KeysTakeTheirScalesAndAValueBeyondItsWidthReadsAsZero) {
     };
     for (const ScaleRow& row : rows) {
         SCOPED_TRACE(row.content);
-        std::filesystem::remove(m_path);
+        const std::string name = path("Lumiquilt.ini");
+        std::filesystem::remove(name);
         if (!row.content.empty()) {
-            put(row.content);
+            testing::putFile(name, row.content);
         }
-        Settings settings(m_path);
+        Settings settings(name);
         ProgramState s;
         s.edgeFactor = 5;  // each read replaces what was in memory
         s.rightMouseEnabled = 1;
@@ -100,37 +87,12 @@ TEST(Factors, FieldToKeyToField) {
     }
 }
 
-TEST(Factors, TextThatIsNoNumberLeavesTheLastThreeAsTheyWere) {
-    for (int i = 1; i < kSmoothFactorCount; ++i) {
-        ProgramState s;
-        setFactorFromKey(s, i, 7);
-        const std::string before = factorKeyText(s, i);
-        for (const char* text : {"", "abc", "12abc", "1,5"}) {
-            EXPECT_EQ(errorOf([&] { setFactorFromField(s, i, text); }), kTypeMismatch)
-                << "field " << i << " took '" << text << "'";
-            EXPECT_EQ(factorKeyText(s, i), before);
-        }
-    }
-}
-
 TEST(Factors, ResultsBeyondTheirWidthOverflow) {
     ProgramState s;
     EXPECT_THROW(setFactorFromField(s, 2, "400"), RuntimeError);   // 40000 is beyond 16 bits
     EXPECT_THROW(setFactorFromField(s, 1, "1e60"), RuntimeError);  // beyond a float
     EXPECT_THROW(setFactorFromKey(s, 0, 1e300), RuntimeError);
     EXPECT_THROW(setFactorFromKey(s, 4, 1), RuntimeError);
-}
-
-TEST(Factors, ResetGivesTheDefaultsAndTheirFields) {
-    ProgramState s;
-    resetSmoothing(s);
-    EXPECT_EQ(s.autoSmooth, 1);
-    const char* fields[] = {"90", "10", "1", "60"};
-    const char* keys[] = {"10", "10", "100", "40"};
-    for (int i = 0; i < kSmoothFactorCount; ++i) {
-        EXPECT_EQ(factorFieldText(s, i), fields[i]) << i;
-        EXPECT_EQ(factorKeyText(s, i), keys[i]) << i;
-    }
 }
 
 TEST(PlainDecimal, NoExponentNoBlank) {
@@ -142,24 +104,6 @@ TEST(PlainDecimal, NoExponentNoBlank) {
     for (const auto& [value, text] : rows) {
         EXPECT_EQ(plainDecimal(value), text) << value;
     }
-}
-
-TEST_F(PreferencesTest, TenMegabyteLinesAreReadAndWrittenAround) {
-    const std::string big(10 * 1024 * 1024, 'x');
-    const std::string head = "[preferences]\nfilename=" + big + "\n" + big + "\n" + big + "=1\n";
-    put(head + "Increment=20\n");
-    Settings settings(m_path);
-    EXPECT_EQ(settings.readKey("Increment"), "20");
-    ASSERT_TRUE(settings.writeKey("Increment", "30"));
-    EXPECT_EQ(settings.readKey("Increment"), "30");
-    EXPECT_TRUE(testing::fileBytes(m_path) == head + "Increment=30\n");
-}
-
-TEST_F(PreferencesTest, RepeatedKeyIsRewrittenAtItsFirstPlace) {
-    put("[preferences]\nIncrement=20\nIncrement=30\n");
-    ASSERT_TRUE(Settings(m_path).writeKey("Increment", "25"));
-    EXPECT_EQ(readProfileString(m_path, "preferences", "Increment", "0"), "25");
-    EXPECT_EQ(testing::fileBytes(m_path), "[preferences]\nIncrement=25\nIncrement=30\n");
 }
 
 }  // namespace

@@ -94,6 +94,9 @@ TEST_F(ProfileFileTest, WriteReplacesInPlaceOrAddsTheKeyOrTheSectionOrTheFile) {
         {"[other]\nx=1", "preferences", "Increment", "20",
          "[other]\nx=1\n[preferences]\nIncrement=20\n"},
         {nullptr, "preferences", "Increment", "20", "[preferences]\nIncrement=20\n"},
+        // A repeated key is rewritten at its first place only.
+        {"[preferences]\nIncrement=20\nIncrement=30\n", "preferences", "Increment", "25",
+         "[preferences]\nIncrement=25\nIncrement=30\n"},
     };
     for (const auto& row : rows) {
         fs::remove(m_path);
@@ -117,6 +120,15 @@ TEST_F(ProfileFileTest, LastLineEndingInALoneReturnKeepsItsValue) {
         const std::string kept = "[preferences]\r\nfilename=/a1.jpg\r\n";
         EXPECT_EQ(content().substr(0, kept.size()), kept) << section;
     }
+}
+
+TEST_F(ProfileFileTest, TenMegabyteLinesAreReadAndWrittenAround) {
+    const std::string big(10 * 1024 * 1024, 'x');
+    const std::string head = "[preferences]\nfilename=" + big + "\n" + big + "\n" + big + "=1\n";
+    put(head + "Increment=20\n");
+    EXPECT_EQ(read("Increment"), "20");
+    writeProfileString(m_path, "preferences", "Increment", "30");
+    EXPECT_TRUE(content() == head + "Increment=30\n");
 }
 
 TEST_F(ProfileFileTest, ReadOnlyFileIsRefusedAndKeptWhole) {
