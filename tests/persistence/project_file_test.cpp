@@ -2,14 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <sstream>
 
 #include "core/runtime_error.h"
 #include "engine/properties_report.h"
-#include "support/full_disk.h"
 #include "support/locked_folder.h"
 #include "support/persistence_files.h"
 #include "support/series_error_of.h"
@@ -62,20 +58,6 @@ class RecordingRestore : public ProjectRestore {
     int count;
 };
 
-// Writes a companion picture's bytes as the window side will, failing loudly.
-void writePicture(const std::string& name, const std::string& bytes) {
-    const int fd = ::open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    if (fd < 0) {
-        throw errorFromErrno(errno);
-    }
-    const ssize_t n = ::write(fd, bytes.data(), bytes.size());
-    const int err = errno;
-    ::close(fd);
-    if (n != static_cast<ssize_t>(bytes.size())) {
-        throw n < 0 ? errorFromErrno(err) : RuntimeError(kDiskFull);
-    }
-}
-
 ReportInputs sampleRun() {
     ReportInputs in;
     in.firstFileName = "/pics/scene1.jpg";
@@ -99,7 +81,8 @@ class ProjectFileTest : public testing::ScratchFolderTest {
     void save(const std::string& name, const std::string& text, const std::string& picture) {
         ProjectSave s(name);
         s.writeText(text);
-        s.writeCompanion([&](const std::string& temporary) { writePicture(temporary, picture); });
+        s.writeCompanion(
+            [&](const std::string& temporary) { testing::putFile(temporary, picture); });
         s.commit();
     }
     void saveOld() { save(path("job.mon"), "old report\r\n", "old picture"); }
@@ -132,11 +115,9 @@ TEST(ProjectNames, ProposalCompanionAndRecentItem) {
         EXPECT_EQ(companionPictureName(name), companion) << name;
     }
     EXPECT_THROW(companionPictureName("ab"), RuntimeError);
-    EXPECT_EQ(recentProjectItem("/p/Job.mon"), "project /p/Job");
     EXPECT_TRUE(isRecentProjectItem("project /p/Job"));
     EXPECT_FALSE(isRecentProjectItem("Project /p/Job"));
     EXPECT_FALSE(isRecentProjectItem("/p/project 1.jpg"));
-    EXPECT_EQ(projectNameFromRecentItem("project /p/Job"), "/p/Job.mon");
 }
 
 TEST(ProjectLists, NumbersStandAsWholeItems) {
@@ -297,24 +278,6 @@ TEST_F(ProjectFileTest, MissingOrFolderProjectIsAnError) {
     EXPECT_THROW(readProjectText(path("none.mon")), RuntimeError);
     fs::create_directories(path("dir.mon"));
     EXPECT_THROW(readProjectText(path("dir.mon")), RuntimeError);
-}
-
-// A disk that fills up at the project file, then at the picture.
-TEST_F(ProjectFileTest, AFullDiskLeavesTheOldProjectByteForByte) {
-    for (const auto& [fileLimit, pictureSize] : {std::pair(1000L, 10), std::pair(50000L, 100000)}) {
-        saveOld();
-        const std::string picture(static_cast<size_t>(pictureSize), 'p');
-        EXPECT_EQ(testing::withFullDisk(fileLimit,
-                                        [&] {
-                                            return errorOf([&] {
-                                                save(path("job.mon"), std::string(4000, 'r'),
-                                                     picture);
-                                            });
-                                        }),
-                  kDiskFull)
-            << fileLimit;
-        expectOldPair();
-    }
 }
 
 TEST_F(ProjectFileTest, ReadOnlyTargetsAreRefusedBeforeAnythingIsWritten) {
