@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "series/series_name.h"
 #include "support/ui_fixture.h"
 
 namespace lumiquilt {
@@ -69,20 +70,19 @@ TEST_F(LoadImageFilesTest, IgnoreChecksSurviveALoadAndGoWithANewName) {
 }
 
 TEST_F(LoadImageFilesTest, NameWithoutADigitOrWithTooLargeANumberIsRefused) {
-    const std::pair<const char*, const char*> rows[] = {
+    // The too-large text is Create Image's too; the no-digit text is Load's own.
+    const std::pair<const char*, std::string> rows[] = {
         {"plain.png",
          "You must have a number as the last letter in the file name,  eg c:\\myfile1.bmp, or "
          "c:\\myotherfile6"},
-        {"n40000.png",
-         "The number in the file name is too large: a series can start from a number of at most "
-         "32767."},
+        {"n40000.png", kNumberTooLargeMessage},
     };
     for (const auto& [name, text] : rows) {
         SCOPED_TRACE(name);
         ui.messages.clear();
         testing::savePictureFile(testing::patternPicture(8, 8, 1), dir.path(name));
         load(dir.path(name));
-        expectOneMessage(text, "Rename the file and try again");
+        expectOneMessage(text, kNoDigitTitle);
         EXPECT_EQ(state.imageCount, 0);
     }
 }
@@ -108,7 +108,7 @@ TEST_F(LoadImageFilesTest, RecentEntryLoadsAndMovesToTheHeadAndAVanishedOneIsEmp
     std::filesystem::remove(dir.path("b1.png"));
     form().mnuRecentFile_Click(1);
     ASSERT_EQ(ui.messages.size(), 1u);
-    EXPECT_EQ(lastMessage().text, "So very sorry, but I can't find that file.");
+    EXPECT_EQ(lastMessage().text, kFileMissingMessage);
     EXPECT_TRUE(form().recentFiles().at(1).empty());
     EXPECT_EQ(form().recentFiles().at(0), dir.path("a1.png"));
     EXPECT_EQ(settings->readKey("recent file 1"), "");
@@ -133,8 +133,7 @@ TEST_F(LoadImageFilesTest, AFileThatIsNoPictureEndsTheSeriesSilently) {
 TEST_F(LoadImageFilesTest, MoreThanThirtyFilesTellsOnceAndShowsNothing) {
     makeSeries("m", 32, 4, 4);
     load(dir.path("m1.png"));
-    expectOneMessage("I can only cope with  30 pictures, so I will use the first ones.",
-                     "No wuckas mate");
+    expectOneMessage(tooManyPicturesMessage(), kTooManyPicturesTitle);
     EXPECT_EQ(state.imageCount, 30);
     EXPECT_EQ(visiblePictureWindows(), 0);
 }
