@@ -96,7 +96,6 @@ class ProjectFileTest : public testing::ScratchFolderTest {
 
 TEST(ProjectNames, ProposalCompanionAndRecentItem) {
     const std::pair<const char*, const char*> proposals[] = {
-        {"/pics/scene1.jpg", "/pics/scene1.mon"},
         {"/pics.old/scene1.jpg", "/pics.mon"},  // the first dot counts, in a folder too
         {"/pics/scene1", "/pics/scene1.mon"},
         {"scene1.tar.gz", "scene1.mon"},
@@ -106,7 +105,6 @@ TEST(ProjectNames, ProposalCompanionAndRecentItem) {
         EXPECT_EQ(proposeProjectName(text), name) << text;
     }
     const std::pair<const char*, const char*> companions[] = {
-        {"/p/job.mon", "/p/job.qvz"},
         {"/p/job.project", "/p/job.projqvz"},  // chosen under "All files"
         {"/p/jöb.mön", "/p/jöb.qvz"},          // characters, not bytes
         {"abc", "qvz"},
