@@ -56,20 +56,10 @@ TEST(ReducePicture, EverySquareIsTheRoundedMeanOfWhatItCovers) {
     struct Row {
         int width, height, factor;
     };
-    const Row rows[] = {{8, 6, 2},
-                        {9, 7, 2},
-                        {10, 10, 3},
-                        {1, 1, 2},
-                        {5, 3, 4},
-                        {33, 17, 5},
-                        {4, 4, 4},
-                        {7, 2, 3},
-                        {64, 9, 8},
-                        {3, 40, 7},
-                        {300, 2, 300},
-                        // Squares of 4096 pixels and more are divided, not multiplied.
-                        {70, 70, 70},
-                        {130, 140, 64}};
+    // The last two: squares of 4096 pixels and more are divided, not multiplied.
+    const Row rows[] = {{8, 6, 2},     {9, 7, 2},    {10, 10, 3},   {1, 1, 2},  {5, 3, 4},
+                        {33, 17, 5},   {4, 4, 4},    {7, 2, 3},     {64, 9, 8}, {3, 40, 7},
+                        {300, 2, 300}, {70, 70, 70}, {130, 140, 64}};
     for (PixelFormat format : {PixelFormat::bgr24, PixelFormat::rgb24, PixelFormat::bgrx32}) {
         for (const Row& row : rows) {
             const Made m = make(row.width, row.height, format, 3);

@@ -34,18 +34,17 @@ class OutputTest : public UiTest {
 };
 
 TEST_F(OutputTest, NothingToSaveCopyEditOrPrint) {
-    form().m.mnuJPG->trigger();
-    form().m.mnucopy->trigger();
-    form().m.mnuEditor->trigger();
-    form().m.mnuPrint->trigger();
-    ASSERT_EQ(ui.messages.size(), 4u);
-    EXPECT_EQ(ui.messages[0].text, "You have not got a Montage image to save.");
-    EXPECT_EQ(ui.messages[1].text, "You have not got a Montage image to copy.");
-    EXPECT_EQ(ui.messages[2].text, "You have not got a Montage image to edit.");
-    EXPECT_EQ(ui.messages[3].text, "You have not got a Montage image to print.");
-    for (const auto& m : ui.messages) {
-        EXPECT_EQ(m.title, "Make one, then try again");
-        EXPECT_EQ(m.icon, MessageIcon::critical);
+    const std::pair<QAction*, std::string> commands[] = {{form().m.mnuJPG, "save"},
+                                                         {form().m.mnucopy, "copy"},
+                                                         {form().m.mnuEditor, "edit"},
+                                                         {form().m.mnuPrint, "print"}};
+    for (const auto& [command, verb] : commands) {
+        ui.messages.clear();
+        command->trigger();
+        ASSERT_EQ(ui.messages.size(), 1u) << verb;
+        EXPECT_EQ(lastMessage().text, "You have not got a Montage image to " + verb + ".");
+        EXPECT_EQ(lastMessage().title, "Make one, then try again");
+        EXPECT_EQ(lastMessage().icon, MessageIcon::critical);
     }
     EXPECT_TRUE(ui.fileRequests.empty());
 }

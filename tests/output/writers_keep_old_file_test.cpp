@@ -11,7 +11,6 @@
 #include <functional>
 
 #include "core/runtime_error.h"
-#include "output/gif_encoder.h"
 #include "persistence/profile_file.h"
 #include "series/picture_io.h"
 #include "support/full_disk.h"
@@ -75,13 +74,6 @@ Writer montageWriter(const std::string& name, const std::string& file) {
         }};
 }
 
-Writer gifWriter() {
-    return {"GifEncoder", "p.gif", kOldPicture, [](const std::string& target, const std::string&) {
-                GIF gif;
-                return errorOf([&] { gif.SaveGIF(mapToHalftone(viewOf(picture())), target); });
-            }};
-}
-
 // The converter that Save As starts, as a program of its own; its exit code.
 Writer converterWriter() {
     return {"CSTjpeg", "p.jpg", kOldPicture,
@@ -108,13 +100,13 @@ Writer settingsWriter() {
 }
 
 std::vector<Writer> writers() {
+    // A picture's PNG goes through the montage's writer, and the encoder's GIF file is
+    // the montage's.
     return {pictureWriter("Bmp", "p.bmp", "BMP"),
-            pictureWriter("Png", "p.png", "PNG"),
             pictureWriter("Jpeg", "p.jpg", "JPEG"),
             montageWriter("MontageBmp", "m.bmp"),
             montageWriter("MontagePng", "m.png"),
             montageWriter("MontageGif", "m.gif"),
-            gifWriter(),
             converterWriter(),
             settingsWriter()};
 }
