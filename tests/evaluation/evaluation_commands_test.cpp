@@ -124,6 +124,7 @@ TEST_F(EvaluationCommandsTest, CompareLeavesSevenWindowsAndNamesTheBest) {
         const QPoint before = slot == 0 ? form().usedWindow()->pos() - QPoint(0, step)
                                         : form().methodUsedWindow(slot - 1)->pos();
         EXPECT_EQ(used->pos(), before + QPoint(80, step)) << slot;
+        EXPECT_EQ(used->LabelUsed->pos(), QPoint(state.sizingFrameHeight, state.dialogFrameHeight));
     }
     // The main montage window shows the best picture.
     EXPECT_EQ(picture(form().montageWindow()), picture(form().methodWindow(6 - bestMethod)));
