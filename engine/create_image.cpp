@@ -266,9 +266,8 @@ class Run {
 }  // namespace
 
 RunEnd createImage(ProgramState& state, CreateImageFront& front) {
-    const RunEnd end = Run(state, front).go();
-    SampleBuffer::releaseSpares();
-    return end;
+    const BufferReuse reuse;
+    return Run(state, front).go();
 }
 
 }  // namespace lumiquilt

@@ -63,11 +63,11 @@ void reserve(std::size_t bytes) {
 }
 
 #if defined(__linux__)
-// Mappings given back, kept for the next buffer of the same size. The window program
-// lets go of one series' pictures and buffer while it decodes the next, and each
-// compare pass sizes its montage anew: a page used again costs a clearing instead of
-// a fault, and in a virtual machine a fault can cost the host's too. They stay
-// resident, so they are few and short-lived: see releaseSpares().
+// Mappings given back during a run, kept for the next buffer of the same size. The
+// window program lets go of one series' pictures and buffer while it decodes the
+// next, and each compare pass sizes its montage anew: a page used again costs a
+// clearing instead of a fault, and in a virtual machine a fault can cost the host's
+// too. They stay resident, so none outlives the run.
 constexpr std::size_t kSpareMost = 1024u << 20;
 
 struct Spare {
@@ -80,10 +80,11 @@ struct Spare {
 std::mutex g_spareMutex;
 std::vector<Spare> g_spares;
 std::size_t g_spareBytes = 0;
+int g_reuses = 0;  // BufferReuse objects alive
 
 bool keepSpare(const Spare& spare) {
     const std::lock_guard lock(g_spareMutex);
-    if (spare.mappingSize > kSpareMost - g_spareBytes) {
+    if (g_reuses == 0 || spare.mappingSize > kSpareMost - g_spareBytes) {
         return false;
     }
     try {
@@ -271,6 +272,25 @@ void SampleBuffer::setBudget(std::size_t bytes) {
 
 std::size_t SampleBuffer::held() {
     return g_held.load();
+}
+
+BufferReuse::BufferReuse() {
+#if defined(__linux__)
+    const std::lock_guard lock(g_spareMutex);
+    ++g_reuses;
+#endif
+}
+
+BufferReuse::~BufferReuse() {
+#if defined(__linux__)
+    {
+        const std::lock_guard lock(g_spareMutex);
+        if (--g_reuses > 0) {
+            return;
+        }
+    }
+    dropSpares();
+#endif
 }
 
 void SampleBuffer::releaseSpares() {

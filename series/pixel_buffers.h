@@ -52,8 +52,7 @@ class SampleBuffer {
     static std::size_t held();
     /// Whether `bytes` more would fit in the budget now.
     static bool wouldFit(std::size_t bytes);
-    /// A buffer of a picture's size or more, given back, is kept for the next buffer of
-    /// the same size until this gives every kept one back to the system.
+    /// Gives every buffer kept by a BufferReuse back to the system now.
     static void releaseSpares();
     /// Bytes kept that way now.
     static std::size_t spares();
@@ -74,6 +73,18 @@ class SampleBuffer {
     std::size_t m_size = 0;
     void* m_mapping = nullptr;  ///< set when the block is a mapping of its own
     std::size_t m_mappingSize = 0;
+};
+
+/// While one lives, a buffer of a picture's size or more that is given back is kept
+/// for the next buffer of the same size, which clears it instead of taking fresh
+/// pages; when the last one goes, every buffer still kept goes back to the system.
+/// A run lives inside one, so that between runs nothing is kept.
+class BufferReuse {
+  public:
+    BufferReuse();
+    ~BufferReuse();
+    BufferReuse(const BufferReuse&) = delete;
+    BufferReuse& operator=(const BufferReuse&) = delete;
 };
 
 /// Bound of a padded axis: the size rounded up to a multiple of four, less one.

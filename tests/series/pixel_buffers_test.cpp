@@ -6,6 +6,7 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <optional>
 #include <vector>
 
 #include <sys/mman.h>
@@ -228,18 +229,20 @@ TEST(SampleBuffer, BudgetCountsEveryBufferTogether) {
     EXPECT_EQ(SampleBuffer::held(), base);
 }
 
-// A buffer of a picture's size given back is taken again by the next buffer of that
-// size, cleared; kept ones give way to a buffer the budget has no room for beside
-// them, and all go back to the system when the run says so.
-TEST(SampleBuffer, BuffersGivenBackAreUsedAgainCleared) {
+// Within a run, a buffer of a picture's size given back is taken again by the next
+// buffer of that size, cleared; kept ones give way to a buffer the budget has no
+// room for beside them, and none outlives the run.
+TEST(SampleBuffer, BuffersGivenBackAreUsedAgainClearedWithinARun) {
     struct Reset {
-        ~Reset() {
-            SampleBuffer::setBudget(0);
-            SampleBuffer::releaseSpares();
-        }
+        ~Reset() { SampleBuffer::setBudget(0); }
     } reset;
-    SampleBuffer::releaseSpares();
     const std::size_t picture = (3u << 20) + 5;
+    SampleBuffer outside;
+    outside.allocateZeroed(picture);
+    outside.allocateZeroed(0);
+    EXPECT_EQ(SampleBuffer::spares(), 0u);
+
+    std::optional<BufferReuse> run(std::in_place);
     auto first = std::make_unique<SampleBuffer>();
     first->allocateZeroed(picture);
     // Written but for its last page, which is never touched.
@@ -270,8 +273,11 @@ TEST(SampleBuffer, BuffersGivenBackAreUsedAgainCleared) {
     EXPECT_EQ(SampleBuffer::spares(), 0u);
 
     larger.allocateZeroed(0);
+    {
+        const BufferReuse inner;  // a run within a run keeps them
+    }
     ASSERT_GT(SampleBuffer::spares(), 0u);
-    SampleBuffer::releaseSpares();
+    run.reset();
     EXPECT_EQ(SampleBuffer::spares(), 0u);
 }
 
