@@ -25,9 +25,10 @@ namespace lumiquilt {
 namespace {
 
 // Buffers of a photograph's size are mapped in 2 MiB pages where the system offers
-// them: far fewer page faults when the buffer is first written.
+// them: far fewer page faults when the buffer is first written. A 2 MP picture
+// (8 MB less a little) is one of them.
 constexpr std::size_t kLargePage = 2u << 20;
-constexpr std::size_t kLargeBuffer = 8u << 20;
+constexpr std::size_t kLargeBuffer = 4u << 20;
 // Buffers of a picture's size are mappings of their own, which can be kept for reuse.
 constexpr std::size_t kMappedBuffer = 1u << 20;
 
@@ -334,7 +335,9 @@ void SampleBuffer::allocateZeroed(std::size_t bytes) {
         }
         // Fresh anonymous pages are zero; nothing is written until the buffer is used.
         const bool large = bytes >= kLargeBuffer;
-        const std::size_t mappingSize = large ? bytes + kLargePage : bytes;
+        // The large pages cover the last one whole, or its tail faults 4 KiB at a time.
+        const std::size_t advised = (bytes + kLargePage - 1) & ~(kLargePage - 1);
+        const std::size_t mappingSize = large ? advised + kLargePage : bytes;
         void* mapping = ::mmap(nullptr, mappingSize, PROT_READ | PROT_WRITE,
                                MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         if (mapping == MAP_FAILED) {
@@ -344,7 +347,7 @@ void SampleBuffer::allocateZeroed(std::size_t bytes) {
         auto aligned = reinterpret_cast<std::uintptr_t>(mapping);
         if (large) {
             aligned = (aligned + kLargePage - 1) & ~(kLargePage - 1);
-            ::madvise(reinterpret_cast<void*>(aligned), bytes, MADV_HUGEPAGE);
+            ::madvise(reinterpret_cast<void*>(aligned), advised, MADV_HUGEPAGE);
         }
         m_mapping = mapping;
         m_mappingSize = mappingSize;
