@@ -187,17 +187,31 @@ TEST_F(CreateImageRoad, ANewSeriesTakesTheMemoryOfTheLast) {
     makeSeries(3, 400, 400);
     ASSERT_EQ(run(path("s1.bmp")), RunEnd::completed);
     const uint8_t* last = state.buffers.seriesPixels.data();
+    const std::size_t lastBytes = state.buffers.seriesPixels.size();
     ASSERT_NE(last, nullptr);
+    // While the members load, the last buffer is out of the state and kept for them.
     std::vector<const uint8_t*> whileLoading;
-    front.afterLoad = [&](int) { whileLoading.push_back(state.buffers.seriesPixels.data()); };
+    std::vector<bool> keptWhileLoading;
+    front.afterLoad = [&](int) {
+        whileLoading.push_back(state.buffers.seriesPixels.data());
+        keptWhileLoading.push_back(SampleBuffer::spares() >= lastBytes);
+    };
     ASSERT_EQ(run(path("s1.bmp")), RunEnd::completed);
     EXPECT_EQ(whileLoading, std::vector<const uint8_t*>(3, nullptr));
+    EXPECT_EQ(keptWhileLoading, std::vector<bool>(3, true));
     EXPECT_EQ(state.buffers.seriesPixels.data(), last);
     EXPECT_EQ(SampleBuffer::spares(), 0u);
 
+    // A buffer the new series leaves is not kept on beside the montage.
+    makeSeries(3, 300, 400);
+    front.afterLoad = nullptr;
+    std::size_t keptAtTheMontage = 1;
+    front.onShow = [&] { keptAtTheMontage = SampleBuffer::spares(); };
+    ASSERT_EQ(run(path("s1.bmp")), RunEnd::completed);
+    EXPECT_EQ(keptAtTheMontage, 0u);
+
     // A run that ends in the loading loop gives the last buffer back too.
     front.pictures.erase(path("s2.bmp"));
-    front.afterLoad = nullptr;
     ASSERT_EQ(run(path("s1.bmp")), RunEnd::stopped);
     EXPECT_EQ(state.buffers.seriesPixels.data(), nullptr);
     EXPECT_EQ(SampleBuffer::spares(), 0u);

@@ -31,6 +31,7 @@ class ScriptedFront : public CreateImageFront {
     std::vector<std::string> runs;      ///< "method/increment" of each run past its checks
     std::vector<std::string> messages;  ///< "text | title | icon"
     std::function<void(int k)> afterLoad;
+    std::function<void()> onShow;           ///< when slot 100 is finished
     std::function<void(int run)> afterRun;  ///< when run number `run` has ended, either way
     std::map<int, MarkCentre> marks;        ///< images without one keep the design place
 
@@ -80,7 +81,12 @@ class ScriptedFront : public CreateImageFront {
     void montageResized() override { log.push_back("resized"); }
     void hideMontage() override { log.push_back("hide montage"); }
     void startPreview() override { log.push_back("preview"); }
-    void showMontage() override { log.push_back("show"); }
+    void showMontage() override {
+        log.push_back("show");
+        if (onShow) {
+            onShow();
+        }
+    }
     void runReported(const std::string&) override { log.push_back("reported"); }
     void runClosed(const std::string&) override { log.push_back("closed"); }
 
