@@ -284,37 +284,37 @@ void SeriesReader::loadMember(int k, const std::string& fileName) {
     m.loaded = true;
 }
 
+const SeriesReader::Member* SeriesReader::memberAt(int k) const {
+    if (k < 1 || k > static_cast<int>(m_members.size())) {
+        return nullptr;
+    }
+    return &m_members[static_cast<std::size_t>(k - 1)];
+}
+
 QImage SeriesReader::picture(int k) const {
     const std::lock_guard lock(m_mutex);
-    if (k < 1 || k > static_cast<int>(m_members.size())) {
-        return {};
-    }
-    return m_members[static_cast<std::size_t>(k - 1)].picture;
+    const Member* m = memberAt(k);
+    return m != nullptr ? m->picture : QImage();
 }
 
 QImage SeriesReader::shown(int k) const {
     const std::lock_guard lock(m_mutex);
-    if (k < 1 || k > static_cast<int>(m_members.size())) {
-        return {};
-    }
-    return m_members[static_cast<std::size_t>(k - 1)].shown;
+    const Member* m = memberAt(k);
+    return m != nullptr ? m->shown : QImage();
 }
 
 PictureView SeriesReader::view(int k) const {
     const std::lock_guard lock(m_mutex);
-    if (k < 1 || k > static_cast<int>(m_members.size())) {
+    const Member* m = memberAt(k);
+    if (m == nullptr || !m->loaded) {
         return {};
     }
-    const Member& m = m_members[static_cast<std::size_t>(k - 1)];
-    if (!m.loaded) {
-        return {};
-    }
-    if (!m.picture.isNull()) {
-        return viewOf(m.picture);
+    if (!m->picture.isNull()) {
+        return viewOf(m->picture);
     }
     PictureView sizeOnly;
-    sizeOnly.width = m.width;
-    sizeOnly.height = m.height;
+    sizeOnly.width = m->width;
+    sizeOnly.height = m->height;
     return sizeOnly;
 }
 

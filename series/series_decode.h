@@ -64,6 +64,8 @@ class SeriesReader {
     struct Member;
 
     void loadMember(int k, const std::string& fileName);
+    /// Member k, or null when there is no such member; the caller holds the mutex.
+    const Member* memberAt(int k) const;
     void work();
     void decodeAhead(std::size_t index, SampleBuffer& scratch);
     void layOut(const QImage& first);
