@@ -101,6 +101,7 @@ TEST(ApplyOffsetMode, GivesBasesShiftAndSize) {
         int16_t baseX, baseY, rowShift;
         OffsetOutcome outcome;
         std::vector<MarkCentre> centres;
+        bool windowFrames = true;
     } rows[] = {
         {"minimum rounds down", minimum, 801, 601, 800, 600, 13, 13, 0, on, {{13, 13}, {13, 13}}},
         {"maximum adds 3 first", maximum, 801, 601, 804, 604, 13, 13, 0, on, {{13, 13}, {13, 13}}},
@@ -115,9 +116,14 @@ TEST(ApplyOffsetMode, GivesBasesShiftAndSize) {
         {"beyond 999", minimum, 2000, 80, 1496, 80, 999, 20, 0, on, {{1500, 20}, {1500, 20}}},
         {"minimum nothing left", minimum, 20, 80, -8, 80, 0, 0, 0, noArea, {{13, 20}, {41, 20}}},
         {"maximum no size", maximum, 0, 80, 0, 80, 0, 0, 0, noSize, {{13, 20}}},
+        // Without window frames (the command-line tool) a width of 0 is no area.
+        {"no frames", minimum, 20, 20, 0, 20, 0, 0, 0, noArea, {{13, 13}, {33, 13}}, false},
     };
     for (const auto& r : rows) {
         ProgramState s = stateWith(r.width, r.height, static_cast<int>(r.centres.size()));
+        if (!r.windowFrames) {
+            s.sizingFrameHeight = s.captionHeight = s.dialogFrameHeight = 0;
+        }
         collect(s, r.centres);
         const OffsetStep step = applyOffsetMode(s, r.mode, r.width, r.height);
         EXPECT_EQ(step.outcome, r.outcome) << r.name;
@@ -160,17 +166,6 @@ TEST(OffsetModeSize, NegativeSizeInsideTheFrameIsAnInvalidProperty) {
     ProgramState s = stateWith(20, 80, 2);
     collect(s, {{13, 20}, {37, 20}});
     EXPECT_EQ(errorOf([&] { applyOffsetMode(s, OffsetMode::minimum, 20, 80); }), 380);
-}
-
-TEST(OffsetModeSize, NoWindowFramesMakeZeroWidthNoArea) {
-    // Without window frames (the command-line tool) a width of 0 or less is no area.
-    ProgramState s;
-    s.imageCount = 2;
-    s.imageWidth = s.imageHeight = 20;
-    collect(s, {{13, 13}, {33, 13}});
-    EXPECT_EQ(applyOffsetMode(s, OffsetMode::minimum, 20, 20).outcome,
-              OffsetOutcome::noMinimumArea);
-    EXPECT_EQ(s.imageWidth, 0);
 }
 
 TEST(OffsetModeOff, ClearsEverything) {

@@ -19,33 +19,33 @@ namespace {
 
 using testing::errorOf;
 
-// A top-down BGR picture whose pixel (x, row) is (x, row, 7) in blue, green, red.
-struct Picture {
-    int width, height;
-    std::vector<uint8_t> bits;
-    Picture(int w, int h) : width(w), height(h), bits(static_cast<size_t>(w * h * 3)) {
-        for (int r = 0; r < h; ++r) {
-            for (int x = 0; x < w; ++x) {
-                uint8_t* p = &bits[static_cast<size_t>((r * w + x) * 3)];
-                p[0] = static_cast<uint8_t>(x);
-                p[1] = static_cast<uint8_t>(r);
-                p[2] = 7;
-            }
-        }
-    }
-    PictureView view() const { return {width, height, bits.data(), width * 3, PixelFormat::bgr24}; }
-};
-
 // Blue, green and red of one pixel of the buffers.
 using Bgr = std::array<int, 3>;
 Bgr bgrAt(const PixelBuffers& b, int x, int y, int picture) {
     return {b.blueAt(x, y, picture), b.greenAt(x, y, picture), b.redAt(x, y, picture)};
 }
 
-// Reads a picture into series image k, cut or padded to the series frame.
-void readInto(PixelBuffers& b, int k, const PictureView& picture) {
-    readPictureIntoFrame(picture, b.seriesImage(k), b.seriesMaxX + 1, b.seriesMaxY + 1);
-}
+// A top-down picture of distinct samples in any of the layouts a reader gives.
+struct Picture {
+    int width, height;
+    PixelFormat format;
+    std::vector<uint8_t> bits;
+    int bytesPerPixel() const { return format == PixelFormat::bgrx32 ? 4 : 3; }
+    Picture(int w, int h, PixelFormat f) : width(w), height(h), format(f) {
+        bits.resize(static_cast<size_t>(w * h * bytesPerPixel()));
+        for (size_t i = 0; i < bits.size(); ++i) {
+            bits[i] =
+                static_cast<uint8_t>(i % 4 == 3 && f == PixelFormat::bgrx32 ? 0xEE : i % 251 + 1);
+        }
+    }
+    PictureView view() const {
+        return {width, height, bits.data(), width * bytesPerPixel(), format};
+    }
+    Bgr at(int x, int row) const {
+        const uint8_t* p = &bits[static_cast<size_t>((row * width + x) * bytesPerPixel())];
+        return format == PixelFormat::rgb24 ? Bgr{p[2], p[1], p[0]} : Bgr{p[0], p[1], p[2]};
+    }
+};
 
 TEST(PixelBuffers, BoundsArePaddedToAMultipleOfFour) {
     EXPECT_EQ(paddedBound(641), 643);
@@ -60,67 +60,58 @@ TEST(PixelBuffers, BoundsArePaddedToAMultipleOfFour) {
     EXPECT_EQ(b.seriesPixels.size(), 1932u * 484 * 2);
 }
 
-TEST(PixelBuffers, BottomRowFirstAndPaddingZero) {
-    PixelBuffers b;
-    b.sizeSeries(5, 3, 1);
-    readInto(b, 1, Picture(5, 3).view());
-    // Buffer row 0 is the picture's bottom row (row 2 from the top).
-    EXPECT_EQ(bgrAt(b, 0, 0, 1), (Bgr{0, 2, 7}));
-    EXPECT_EQ(bgrAt(b, 4, 2, 1), (Bgr{4, 0, 7}));
-    EXPECT_EQ(bgrAt(b, 3, 1, 1), (Bgr{3, 1, 7}));
-    // Padding columns and rows within the bound read as zero.
-    EXPECT_EQ(bgrAt(b, 5, 0, 1), (Bgr{0, 0, 0}));
-    EXPECT_EQ(bgrAt(b, 7, 3, 1), (Bgr{0, 0, 0}));
+// Every sample of the frame: buffer row 0 is the picture's bottom row, a picture
+// larger than the frame is cut from its bottom left, and the rest reads as zero.
+TEST(PixelBuffers, PicturesOfEveryLayoutAndSizeLandBottomRowFirst) {
+    struct Row {
+        int width, height;
+        PixelFormat format;
+        int seriesWidth, seriesHeight;
+    };
+    std::vector<Row> rows = {
+        {5, 3, PixelFormat::bgr24, 5, 3}, {10, 10, PixelFormat::bgr24, 4, 4},
+        {2, 2, PixelFormat::bgr24, 4, 4}, {1, 1, PixelFormat::rgb24, 1, 1},
+        {7, 5, PixelFormat::rgb24, 7, 5}, {9, 6, PixelFormat::rgb24, 4, 8},
+    };
+    // Thirty-two-bit rows go four pixels at a time and the rest one by one.
+    for (int width = 1; width <= 9; ++width) {
+        rows.push_back({width, 2, PixelFormat::bgrx32, width, 2});
+    }
+    for (const Row& row : rows) {
+        const Picture picture(row.width, row.height, row.format);
+        PixelBuffers b;
+        b.sizeSeries(row.seriesWidth, row.seriesHeight, 1);
+        readPictureIntoFrame(picture.view(), b.seriesImage(1), b.seriesMaxX + 1, b.seriesMaxY + 1);
+        for (int y = 0; y <= b.seriesMaxY; ++y) {
+            const int fromTop = row.height - 1 - y;
+            for (int x = 0; x <= b.seriesMaxX; ++x) {
+                const Bgr expected = x < row.width && fromTop >= 0 ? picture.at(x, fromTop) : Bgr{};
+                ASSERT_EQ(bgrAt(b, x, y, 1), expected)
+                    << row.width << "x" << row.height << " format " << static_cast<int>(row.format)
+                    << " at " << x << "," << y;
+            }
+        }
+    }
 }
 
 TEST(PixelBuffers, ReadersOutsideTheBoundsGiveZero) {
-    const Picture pic(4, 4);
+    const Picture pic(4, 4, PixelFormat::bgr24);
     PixelBuffers b;
     b.sizeSeries(4, 4, 1);
     b.sizeMontage(4, 4);
-    readInto(b, 1, pic.view());
+    readPictureIntoFrame(pic.view(), b.seriesImage(1), 4, 4);
     readPictureIntoFrame(pic.view(), b.montageSlot(100), 4, 4);
-    EXPECT_EQ(b.redAt(3, 3, 1), 7);
+    const int corner = pic.at(3, 0)[2];
+    ASSERT_NE(corner, 0);
+    EXPECT_EQ(b.redAt(3, 3, 1), corner);
     EXPECT_EQ(b.redAt(b.seriesMaxX + 1, 0, 1), 0);
     EXPECT_EQ(b.redAt(0, b.seriesMaxY + 1, 1), 0);
     EXPECT_EQ(b.redAt(0, 0, 2), 0);  // beyond seriesMaxImage
-    EXPECT_EQ(b.redAt(3, 3, 100), 7);
+    EXPECT_EQ(b.redAt(3, 3, 100), corner);
     EXPECT_EQ(b.redAt(0, b.montageMaxY + 1, 100), 0);
     EXPECT_EQ(b.redAt(0, 0, 107), 0);
     EXPECT_EQ(b.redAt(-1, 0, 100), 0);
     EXPECT_EQ(b.redAt(0, 0, 106), 0);  // slots 101 to 106 start blank
-}
-
-TEST(PixelBuffers, ReadAndWriteBackIsUnchanged) {
-    const Picture pic(7, 5);
-    PixelBuffers b;
-    b.sizeMontage(7, 5);
-    readPictureIntoFrame(pic.view(), b.montageSlot(100), b.montageMaxX + 1, b.montageMaxY + 1);
-    std::vector<uint8_t> out(7 * 5 * 3, 99);
-    writeFrameToPicture(b.montageSlot(100), b.montageMaxX + 1, b.montageMaxY + 1, out.data(), 21, 7,
-                        5);
-    EXPECT_EQ(out, pic.bits);
-}
-
-TEST(PixelBuffers, OtherSizeIsCutToTheFrameFromTheBottomLeft) {
-    PixelBuffers b;
-    b.sizeSeries(4, 4, 1);
-    readInto(b, 1, Picture(10, 10).view());
-    EXPECT_EQ(b.greenAt(0, 0, 1), 9);  // bottom row of the bigger picture
-    EXPECT_EQ(bgrAt(b, 3, 3, 1), (Bgr{3, 6, 7}));
-    b.sizeSeries(4, 4, 1);
-    readInto(b, 1, Picture(2, 2).view());
-    EXPECT_EQ(b.redAt(1, 1, 1), 7);
-    EXPECT_EQ(b.redAt(2, 0, 1), 0);
-    EXPECT_EQ(b.redAt(0, 2, 1), 0);
-}
-
-TEST(PixelBuffers, RgbPicturesArriveInBlueGreenRedOrder) {
-    const uint8_t rgb[] = {3, 2, 1};
-    PixelBuffers b;
-    b.sizeSeries(1, 1, 1);
-    readInto(b, 1, {1, 1, rgb, 3, PixelFormat::rgb24});
-    EXPECT_EQ(bgrAt(b, 0, 0, 1), (Bgr{1, 2, 3}));
 }
 
 TEST(PixelBuffers, AdoptedFramesBecomeTheSeriesWhateverTheirSize) {
@@ -153,27 +144,6 @@ TEST(PixelBuffers, AdoptedFramesBecomeTheSeriesWhateverTheirSize) {
         SampleBuffer few;
         few.allocateZeroed(16);
         EXPECT_THROW(b.adoptSeries(std::move(few), width, height, 1), RuntimeError);
-    }
-}
-
-TEST(PixelBuffers, RowsOfThirtyTwoBitPixelsOfAnyWidth) {
-    // Four pixels at a time and the rest one by one: every width from 1 to 9.
-    for (int width = 1; width <= 9; ++width) {
-        std::vector<uint8_t> bgrx(static_cast<size_t>(width) * 4 * 2);
-        for (size_t i = 0; i < bgrx.size(); ++i) {
-            bgrx[i] = static_cast<uint8_t>(i % 4 == 3 ? 0xEE : i + 1);
-        }
-        PixelBuffers b;
-        b.sizeSeries(width, 2, 1);
-        readInto(b, 1, {width, 2, bgrx.data(), width * 4, PixelFormat::bgrx32});
-        for (int x = 0; x <= b.seriesMaxX; ++x) {
-            for (int row = 0; row < 2; ++row) {
-                const size_t p = static_cast<size_t>(row * width + x) * 4;
-                const Bgr expected = x < width ? Bgr{bgrx[p], bgrx[p + 1], bgrx[p + 2]} : Bgr{};
-                // Row 0 from the top is buffer row 1.
-                EXPECT_EQ(bgrAt(b, x, 1 - row, 1), expected) << width << " " << x;
-            }
-        }
     }
 }
 
