@@ -100,41 +100,18 @@ TEST_F(PreviewTest, ARunShowsItsProgressAndThePreviewJoinsTheWindowMenu) {
     preview()->close();
     EXPECT_FALSE(preview()->isVisible());
     EXPECT_EQ(window2Entries().size(), 1u);
+    setIncrement("40");
     form().CommandGo_Click();
     EXPECT_EQ(window2Entries().back(), "Preview");
+    // A wide increment draws only the first buffer row of each row of blocks: the rows
+    // between keep the cleared colour.
+    const QColor cleared = preview()->palette().color(QPalette::Window);
+    EXPECT_EQ(shown().pixelColor(50, 3), cleared);
+    EXPECT_NE(shown().pixelColor(50, 159), cleared);  // buffer row 0
     // Load Image Files unloads it.
     form().mnuLoad_Click();
     EXPECT_FALSE(preview()->isVisible());
     EXPECT_EQ(window2Entries().size(), 0u);
-}
-
-TEST_F(PreviewTest, AWideIncrementLeavesStripes) {
-    makeSeries("s", 2, 640, 480);
-    setFileName(dir.path("s1.png"));
-    setIncrement("40");
-    form().CommandGo_Click();
-    // Only the first buffer row of each row of blocks is copied: the rows between keep
-    // the cleared colour.
-    const QColor cleared = preview()->palette().color(QPalette::Window);
-    EXPECT_EQ(shown().pixelColor(50, 3), cleared);
-    EXPECT_NE(shown().pixelColor(50, 159), cleared);  // buffer row 0
-}
-
-TEST_F(PreviewTest, ShowPreviewOfASource) {
-    const QImage source = testing::patternPicture(640, 480, 2);
-    load(3, 640, 480);
-    form().pictureWindow(2)->mnuShowPreview->trigger();
-    ASSERT_TRUE(ui.messages.empty());
-    EXPECT_TRUE(preview()->isVisible());
-    // px 159 shows column 639, py 159 row 479: the corners meet the corners.
-    EXPECT_EQ(shown().pixelColor(159, 0), source.pixelColor(639, 0));
-    EXPECT_EQ(shown().pixelColor(0, 159), source.pixelColor(0, 479));
-    expectShows(source, {0, 33, 100, 159}, {0, 40, 121, 159});
-    // A second request clears and draws again; the menu entry stays single.
-    form().pictureWindow(3)->mnuShowPreview->trigger();
-    const QImage third = testing::patternPicture(640, 480, 3);
-    EXPECT_EQ(shown().pixelColor(80, 80), expected(third, 80, 80));
-    EXPECT_EQ(window2Entries(), std::vector<std::string>{"Preview"});
 }
 
 TEST_F(PreviewTest, AWindowWhoseCaptionIsNoPicturesGetsNothing) {
@@ -146,13 +123,18 @@ TEST_F(PreviewTest, AWindowWhoseCaptionIsNoPicturesGetsNothing) {
     EXPECT_FALSE(form().hasPreviewWindow() && preview()->isVisible());
 }
 
-TEST_F(PreviewTest, ShowPreviewOfTheMontageAndOfAMethodWindow) {
+TEST_F(PreviewTest, ShowPreviewOfASourceTheMontageAndAMethodWindow) {
     makeSeries("s", 3, 80, 60);
     setFileName(dir.path("s1.png"));
     form().m.mnuAllMethods->trigger();
     ASSERT_EQ(ui.messages.size(), 1u);
     ASSERT_EQ(window2Entries().size(), 9u);  // the montage, seven results, the preview
 
+    // Each request clears and draws again; the menu entry stays single.
+    for (int k : {2, 3}) {
+        form().pictureWindow(k)->mnuShowPreview->trigger();
+        expectShows(testing::patternPicture(80, 60, k), {0, 33, 100, 159}, {0, 40, 121, 159});
+    }
     for (FormMontagePicture* w : {form().methodWindow(2), form().montageWindow()}) {
         w->mnuShowPreview2->trigger();
         expectShows(w->PictureFile->picture().convertToFormat(QImage::Format_RGB888), {0, 80, 159},

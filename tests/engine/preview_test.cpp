@@ -16,38 +16,36 @@ using testing::setPixel;
 constexpr int kFrame = 160;  // the preview frame at 15 twips to the pixel
 
 TEST(PreviewScale, SourceCoordinates) {
-    struct Row {
+    const float wide = previewReduce(159, 639);
+    const float small = previewReduce(159, 39);
+    const struct {
         const char* name;
-        int16_t previewMax;
+        float reduce;
         int16_t sourceMax;
         int p;
         int expected;
+    } rows[] = {
+        {"640 wide: the last preview column shows the last column", wide, 639, 159, 639},
+        {"480 high: the last preview row shows the last row", previewReduce(159, 479), 479, 159,
+         479},
+        {"the first shows the first", wide, 639, 0, 0},
+        {"a middle column", wide, 639, 80, 322},  // 80 / (159 / 639) = 321.5..., up
+        {"a smaller picture repeats its pixels", small, 39, 4, 1},
+        {"and reaches its last one", small, 39, 159, 39},
+        {"the preview's own size maps one to one", previewReduce(159, 159), 159, 77, 77},
+        // A scale of 2: p / 2 lies on a half for every odd p.
+        {"half to even 1", 2.0f, 100, 1, 0},
+        {"half to even 3", 2.0f, 100, 3, 2},
+        {"half to even 5", 2.0f, 100, 5, 2},
+        {"half to even 7", 2.0f, 100, 7, 4},
+        {"half to even 9", 2.0f, 100, 9, 4},
+        {"a whole quotient", 2.0f, 100, 2, 1},
+        {"never past the source's bound", 0.1f, 639, 159, 639},
+        {"no scale", 0.0f, 639, 5, 0},
     };
-    const Row rows[] = {
-        {"640 wide: the last preview column shows the last column", 159, 639, 159, 639},
-        {"480 high: the last preview row shows the last row", 159, 479, 159, 479},
-        {"the first shows the first", 159, 639, 0, 0},
-        {"a middle column", 159, 639, 80, 322},  // 80 / (159 / 639) = 321.5..., up
-        {"a smaller picture repeats its pixels", 159, 39, 4, 1},
-        {"and reaches its last one", 159, 39, 159, 39},
-        {"the preview's own size maps one to one", 159, 159, 77, 77},
-    };
-    for (const Row& r : rows) {
-        EXPECT_EQ(previewSource(r.p, previewReduce(r.previewMax, r.sourceMax), r.sourceMax),
-                  r.expected)
-            << r.name;
+    for (const auto& r : rows) {
+        EXPECT_EQ(previewSource(r.p, r.reduce, r.sourceMax), r.expected) << r.name;
     }
-}
-
-TEST(PreviewScale, HalvesGoToTheEvenNeighbour) {
-    // A scale of 2: p / 2 lies on a half for every odd p.
-    const std::pair<int, int> rows[] = {{1, 0}, {3, 2}, {5, 2}, {7, 4}, {9, 4}, {2, 1}};
-    for (const auto& [p, expected] : rows) {
-        EXPECT_EQ(previewSource(p, 2.0f, 100), expected) << p;
-    }
-    // Never past the source's bound, whatever the scale says.
-    EXPECT_EQ(previewSource(159, 0.1f, 639), 639);
-    EXPECT_EQ(previewSource(5, 0.0f, 639), 0);
 }
 
 // A source whose pixel (x, y) tells its place: red x, green y.
