@@ -24,10 +24,16 @@ MeasureContext::MeasureContext(const ProgramState& state, MeasureErrorFn onError
       m_imageBytes(state.buffers.seriesRowBytes() *
                    static_cast<std::size_t>(state.buffers.seriesMaxY + 1)) {}
 
-void MeasureContext::tellError(const RuntimeError& error) const {
-    if (m_onError) {
-        m_onError(error, kStageSamplePosition);
+float MeasureContext::positionFailed(long long wantX, long long wantY, int16_t& sampleX) const {
+    try {
+        sampleX = checkedInt16(wantX);
+        checkedInt16(wantY);
+    } catch (const RuntimeError& error) {
+        if (m_onError) {
+            m_onError(error, kStageSamplePosition);
+        }
     }
+    return kNoMeasure;
 }
 
 float gotFocusMeasure(const ProgramState& state, int16_t x, int16_t y, int16_t k, int16_t& sampleX,

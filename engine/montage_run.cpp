@@ -220,6 +220,10 @@ class BlockRows {
     void run(int16_t y0, std::vector<BlockCopy>& copies) const {
         copies.clear();
         const PixelBuffers& b = m_state.buffers;
+        // The row's sample line, worked out where its first measure would fail.
+        const int16_t y = m_imageCount >= 1 && m_xLimit >= 0
+                              ? checkedInt16(static_cast<long long>(y0) + m_rowShift)
+                              : y0;
         for (int16_t x0 = 0; x0 <= m_xLimit;) {
             float best = kBestStart;
             int winner = 0;
@@ -230,8 +234,7 @@ class BlockRows {
                 int16_t sx = wx;
                 int16_t sy = wy;
                 bool written = false;
-                const float measure = m_measures.measure(
-                    x0, checkedInt16(static_cast<long long>(y0) + m_rowShift), k, sx, sy, written);
+                const float measure = m_measures.measure(x0, y, k, sx, sy, written);
                 if (measure > best) {
                     winner = k;
                     best = measure;
