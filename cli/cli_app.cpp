@@ -279,12 +279,13 @@ class CliFront : public CreateImageFront {
         }
         progress("decoding the series");
         m_reader.reset();
-        // A single montage reads its pictures once: they need not outlive their frames.
-        m_reader = std::make_unique<SeriesReader>(pattern,
-                                                  m_options.command == "montage"
-                                                      ? SeriesReader::ReadInto::frames
-                                                      : SeriesReader::ReadInto::framesAndPictures,
-                                                  2);
+        // A montage and a comparison load the series once: a picture need not outlive
+        // its frame. An evaluation loads it again after its first run.
+        const bool readAgain = m_options.command == "evaluate";
+        m_reader = std::make_unique<SeriesReader>(
+            pattern,
+            readAgain ? SeriesReader::ReadInto::framesAndPictures : SeriesReader::ReadInto::frames,
+            2);
         m_readerPattern = pattern;
     }
     void loadMember(int k, const std::string& fileName) override {
