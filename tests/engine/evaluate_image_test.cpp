@@ -50,6 +50,15 @@ TEST(EvaluateImage, SeamBetweenColumnsNineteenAndTwentyAtWidthTwentyOne) {
     }
 }
 
+TEST(EvaluateImage, SamplesBeyondTheMontageAreBlack) {
+    // A montage 8 wide scored as 13 wide at increment 4: blocks at x = 0, 4 and 8,
+    // offsets {0, 1, 1, 2, 2, 3, 3, 4}. Only the right seam of block 4 pairs a pixel
+    // inside (x 7) with one beyond (x 8): 8 distances of 50 among 3 * 16.
+    ProgramState s = makeState(8, 5, 1);
+    fillMontage(s, 8, 8, 30, 40, 0);
+    EXPECT_FLOAT_EQ(evaluateImage(s.buffers, 13, 5, 4), 8 * 50.0f / 48);
+}
+
 TEST(EvaluateImage, IncrementNineSamplesTheEightInnerPositions) {
     // A vertical seam at x = 9 and a mark at row offsets 1..8 of the first block.
     ProgramState s = makeState(20, 20, 1);
