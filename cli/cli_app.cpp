@@ -271,6 +271,13 @@ class CliFront : public CreateImageFront {
         return found == m_options.marks.end() ? kDesignMarkCentre : found->second;
     }
 
+    void seriesLetGo(SampleBuffer&& pixels) override {
+        // An evaluation loads the same series again and again: its frames come back to
+        // the reader, which hands them over again for each file that stayed as it was.
+        if (m_reader) {
+            m_reader->takeBackFrames(std::move(pixels));
+        }
+    }
     void seriesFound(const SeriesPattern& pattern) override {
         // The passes of compare and evaluate name the same series again and again: the
         // reader keeps its pictures and reads a member again only when its file changed.
@@ -279,13 +286,8 @@ class CliFront : public CreateImageFront {
         }
         progress("decoding the series");
         m_reader.reset();
-        // A montage and a comparison load the series once: a picture need not outlive
-        // its frame. An evaluation loads it again after its first run.
-        const bool readAgain = m_options.command == "evaluate";
-        m_reader = std::make_unique<SeriesReader>(
-            pattern,
-            readAgain ? SeriesReader::ReadInto::framesAndPictures : SeriesReader::ReadInto::frames,
-            2);
+        // No picture need outlive its frame: a later load takes the frames back.
+        m_reader = std::make_unique<SeriesReader>(pattern, SeriesReader::ReadInto::frames, 2);
         m_readerPattern = pattern;
     }
     void loadMember(int k, const std::string& fileName) override {

@@ -157,7 +157,7 @@ class Run {
 
         m_stage = kStageLoadMember;
         // The last series is stale from here on; its memory can take the next one.
-        s.buffers.releaseSeries();
+        m_front.seriesLetGo(s.buffers.takeSeries());
         m_front.seriesFound(pattern);
         const SeriesLoopResult loop = loadSeriesLoop(
             pattern, [this](int k, const std::string& f) { m_front.loadMember(k, f); },

@@ -46,6 +46,10 @@ class CreateImageFront {
     virtual void setFileNameText(const std::string& text) = 0;
     virtual void message(const std::string& text, const std::string& title, MessageIcon icon) = 0;
 
+    /// The last run's series buffer, no longer the state's, as the next series is
+    /// about to load: a front end whose reader laid it out may take it back. What it
+    /// leaves goes back to the system, or to the next buffer of its size.
+    virtual void seriesLetGo(SampleBuffer&& /*pixels*/) {}
     /// The series is named and split at its digits: a front end may start reading its
     /// members ahead of the loading loop.
     virtual void seriesFound(const SeriesPattern& /*pattern*/) {}

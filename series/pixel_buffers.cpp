@@ -219,6 +219,7 @@ void packBgrx32(const uint8_t* src, uint8_t* dst, int columns) {
 SampleBuffer::SampleBuffer(SampleBuffer&& other) noexcept
     : m_data(std::exchange(other.m_data, nullptr)),
       m_size(std::exchange(other.m_size, 0)),
+      m_serial(std::exchange(other.m_serial, 0)),
       m_mapping(std::exchange(other.m_mapping, nullptr)),
       m_mappingSize(std::exchange(other.m_mappingSize, 0)) {}
 
@@ -227,6 +228,7 @@ SampleBuffer& SampleBuffer::operator=(SampleBuffer&& other) noexcept {
         release();
         m_data = std::exchange(other.m_data, nullptr);
         m_size = std::exchange(other.m_size, 0);
+        m_serial = std::exchange(other.m_serial, 0);
         m_mapping = std::exchange(other.m_mapping, nullptr);
         m_mappingSize = std::exchange(other.m_mappingSize, 0);
     }
@@ -257,6 +259,7 @@ void SampleBuffer::release(bool keep) {
     g_held -= m_size;
     m_data = nullptr;
     m_size = 0;
+    m_serial = 0;
     m_mapping = nullptr;
     m_mappingSize = 0;
 }
@@ -317,6 +320,8 @@ void SampleBuffer::allocateZeroed(std::size_t bytes) {
     if (bytes == 0) {
         return;
     }
+    static std::atomic<std::uint64_t> serials{0};
+    m_serial = ++serials;
 #if defined(__linux__)
     // Kept mappings give way to a buffer the budget has no room for beside them.
     if (!fitsBeside(held() + spareBytes(), bytes, budget())) {
@@ -437,11 +442,12 @@ void PixelBuffers::sizeSeries(int width, int height, int images) {
                                 static_cast<std::size_t>(std::max(images, 0)));
 }
 
-void PixelBuffers::releaseSeries() {
-    seriesPixels.allocateZeroed(0);
+SampleBuffer PixelBuffers::takeSeries() {
+    SampleBuffer taken = std::move(seriesPixels);
     seriesMaxX = -1;
     seriesMaxY = -1;
     seriesMaxImage = 0;
+    return taken;
 }
 
 void PixelBuffers::sizeMontage(int width, int height) {

@@ -65,12 +65,16 @@ class SampleBuffer {
     uint8_t* data() { return m_data; }
     const uint8_t* data() const { return m_data; }
     std::size_t size() const { return m_size; }
+    /// Tells this block from every other the process has taken, the same memory taken
+    /// again included; 0 when empty. A move takes it along.
+    std::uint64_t serial() const { return m_data != nullptr ? m_serial : 0; }
 
   private:
     void release(bool keep = true);
 
     uint8_t* m_data = nullptr;
     std::size_t m_size = 0;
+    std::uint64_t m_serial = 0;
     void* m_mapping = nullptr;  ///< set when the block is a mapping of its own
     std::size_t m_mappingSize = 0;
 };
@@ -129,8 +133,9 @@ struct PixelBuffers {
 
     /// Sizes seriesPixels anew, zero-filled. Throws RuntimeError 7 without memory.
     void sizeSeries(int width, int height, int images);
-    /// Gives seriesPixels back: nothing reads it until the next series is read in.
-    void releaseSeries();
+    /// Takes seriesPixels out, leaving no series: nothing reads it until the next
+    /// series is read in.
+    SampleBuffer takeSeries();
     /// Sizes montagePixels (slots 100 to 106) anew, zero-filled.
     void sizeMontage(int width, int height);
     /// Sizes previewPixels anew, zero-filled.

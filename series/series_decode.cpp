@@ -1,8 +1,10 @@
 #include "series/series_decode.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #if defined(__unix__)
 #include <sys/stat.h>
@@ -256,10 +258,13 @@ void SeriesReader::loadMember(int k, const std::string& fileName) {
         if (!fileExists(fileName)) {
             throw RuntimeError(kFileNotFound);
         }
-        // A file replaced or changed since it was read ahead is read again.
+        // A file replaced or changed since it was read ahead is read again, and so is
+        // one whose frame went to the buffers and did not come back.
+        const bool frameHeld = m.frameLayout != 0 && m.frameLayout == m_layout &&
+                               m_frames.pixels.data() != nullptr &&
+                               index < static_cast<std::size_t>(m_frames.capacity);
         readNow = identityOf(fileName) != m.identity || m.errorNumber == kReadAgain ||
-                  (m.errorNumber == 0 && m.picture.isNull() &&
-                   (m.frameLayout == 0 || m.frameLayout != m_layout));
+                  (m.errorNumber == 0 && m.picture.isNull() && !frameHeld);
     }
     if (readNow) {
         lock.unlock();
@@ -325,11 +330,29 @@ SeriesFrames* SeriesReader::frames() {
         return nullptr;
     }
     m_frames.filled.assign(static_cast<std::size_t>(m_frames.capacity), 0);
-    for (std::size_t i = 0; i < m_listed; ++i) {
+    for (std::size_t i = 0; i < m_listed && i < m_frames.filled.size(); ++i) {
         const Member& m = m_members[i];
         m_frames.filled[i] = m.loaded && m.frameLayout == m_layout ? 1 : 0;
     }
+    m_lent = {m_frames.pixels.serial(), m_frames.frameWidth, m_frames.frameHeight,
+              m_frames.capacity};
     return &m_frames;
+}
+
+void SeriesReader::takeBackFrames(SampleBuffer&& pixels) {
+    SampleBuffer given = std::move(pixels);
+    const std::lock_guard lock(m_mutex);
+    const Lent lent = std::exchange(m_lent, Lent{});
+    if (m_frames.pixels.data() != nullptr || lent.serial == 0 || given.serial() != lent.serial ||
+        m_layout == 0 || lent.frameWidth < 1 || lent.frameHeight < 1) {
+        return;
+    }
+    m_frames.frameWidth = lent.frameWidth;
+    m_frames.frameHeight = lent.frameHeight;
+    // The buffers keep only the frames of the images they took.
+    m_frames.capacity =
+        std::min(lent.capacity, static_cast<int>(given.size() / m_frames.frameBytes()));
+    m_frames.pixels = std::move(given);
 }
 
 }  // namespace lumiquilt

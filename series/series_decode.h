@@ -59,6 +59,10 @@ class SeriesReader {
     /// buffers to take over; null when there are none. Members without a frame kept
     /// their pictures.
     SeriesFrames* frames();
+    /// Takes back the buffer that frames() handed over, when it is that very block
+    /// (nothing the buffers did since has taken memory anew): the members that stand
+    /// in it need not be read again. Any other block is let go.
+    void takeBackFrames(SampleBuffer&& pixels);
 
   private:
     struct Member;
@@ -83,6 +87,13 @@ class SeriesReader {
     /// The frames, laid out once image 1 is decoded; `layout` counts the layouts so
     /// that a frame filled under a layout given up is not taken.
     SeriesFrames m_frames;
+    /// What frames() last handed over, to know it again.
+    struct Lent {
+        std::uint64_t serial = 0;
+        int frameWidth = 0;
+        int frameHeight = 0;
+        int capacity = 0;
+    } m_lent;
     int m_layout = 0;
     bool m_layoutDecided = false;
     std::vector<std::thread> m_threads;

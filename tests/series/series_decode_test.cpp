@@ -255,6 +255,68 @@ TEST(SeriesReader, BrokenMembersEndTheLoopAsLoadingWould) {
                loadedOneByOne(dir.path("m1.png")), "first");
 }
 
+// An evaluation loads the same series again and again: the frames the buffers took
+// come back to the reader and serve the next load of every file that stayed as it
+// was. A mark in image 1's padding tells a frame served again from one read anew.
+TEST(SeriesReader, FramesGivenBackServeTheNextLoadOfTheSameFiles) {
+    struct Row {
+        std::string name;
+        bool sameBlock;
+        std::function<void(const TestFolder&)> change;
+        bool frameOneServedAgain;
+    };
+    const Row rows[] = {
+        {"the very block", true, nullptr, true},
+        {"another block of its size", false, nullptr, false},
+        {"the very block, member 2 changed since", true,
+         [](const TestFolder& d) {
+             replaceMember(testing::patternPicture(50, 33, 9), d.path("m2.bmp"));
+         },
+         true},
+        {"the very block, member 1 changed since", true,
+         [](const TestFolder& d) {
+             replaceMember(testing::patternPicture(42, 24, 7), d.path("m1.bmp"));
+         },
+         false},
+    };
+    constexpr std::size_t kMark = 3 * 43;  // image 1 is 41 wide in a frame of 44
+    for (const Row& row : rows) {
+        TestFolder dir;
+        makeMixedSeries(dir, ".bmp");
+        const std::string first = dir.path("m1.bmp");
+        const SeriesPattern pattern = findDigits(first);
+        SeriesReader reader(pattern, ReadInto::frames, 2);
+        auto loadAll = [&](ProgramState& s) {
+            std::string current;
+            const SeriesLoopResult loop = loadSeriesLoop(
+                pattern, [&reader](int k, const std::string& name) { reader.load(k, name); },
+                s.imageCount, current);
+            std::vector<PictureView> views;
+            for (int k = 1; k <= s.imageCount; ++k) {
+                views.push_back(reader.view(k));
+            }
+            return buffersOf(s, loop, views, reader.frames());
+        };
+        ProgramState last;
+        ASSERT_TRUE(loadAll(last).tookFrames) << row.name;
+        last.buffers.seriesPixels.data()[kMark] = 0x5A;
+        if (row.change) {
+            row.change(dir);
+        }
+        SampleBuffer given = last.buffers.takeSeries();
+        if (!row.sameBlock) {
+            given.allocateZeroed(given.size());
+        }
+        reader.takeBackFrames(std::move(given));
+        ProgramState next;
+        SeriesResult again = loadAll(next);
+        ASSERT_FALSE(again.samples.empty()) << row.name;
+        EXPECT_EQ(again.samples[kMark] == 0x5A, row.frameOneServedAgain) << row.name;
+        again.samples[kMark] = 0;
+        expectSame(again, loadedOneByOne(first), row.name);
+    }
+}
+
 TEST(LoadPictureInto, ReusesTheScratchAndGivesTheSamePicture) {
     TestFolder dir;
     // Largest first, so that later pictures land in memory holding an older one; a
