@@ -219,11 +219,6 @@ Options parseOptions(const std::vector<std::string>& args) {
     return o;
 }
 
-bool sameSeries(const SeriesPattern& a, const SeriesPattern& b) {
-    return a.prefix == b.prefix && a.suffix == b.suffix && a.width == b.width &&
-           a.seriesBase == b.seriesBase;
-}
-
 // The command-line side of a run: the options are the controls, the decoded series
 // stands in for the picture windows, and messages go to standard error.
 class CliFront : public CreateImageFront {
@@ -281,7 +276,7 @@ class CliFront : public CreateImageFront {
     void seriesFound(const SeriesPattern& pattern) override {
         // The passes of compare and evaluate name the same series again and again: the
         // reader keeps its pictures and reads a member again only when its file changed.
-        if (m_reader && m_readerPattern && sameSeries(*m_readerPattern, pattern)) {
+        if (m_reader && m_readerPattern == pattern) {
             return;
         }
         progress("decoding the series");

@@ -4,6 +4,7 @@
 #include <QFontMetrics>
 #include <cmath>
 #include <memory>
+#include <optional>
 
 #include "engine/command_go.h"
 
@@ -62,12 +63,23 @@ class CreateImageWindows : public CreateImageFront {
         f.ui().messageBox(text, title, icon);
     }
 
+    // An evaluation's passes load the same series again and again through one front:
+    // its frames come back to the reader, which reads again only the files that changed.
+    void seriesLetGo(SampleBuffer&& pixels) override {
+        if (m_reader) {
+            m_reader->takeBackFrames(std::move(pixels));
+        }
+    }
     // Both cores read the series ahead; each window gets the very picture decoded,
     // shared, not a copy.
     void seriesFound(const SeriesPattern& pattern) override {
+        if (m_reader && m_readerPattern == pattern) {
+            return;
+        }
         m_reader.reset();
         m_reader = std::make_unique<SeriesReader>(
             pattern, SeriesReader::ReadInto::framesAndPictures, 2, f.seriesWindowSize());
+        m_readerPattern = pattern;
     }
     void loadMember(int k, const std::string& fileName) override {
         if (!m_reader) {
@@ -81,7 +93,6 @@ class CreateImageWindows : public CreateImageFront {
         return viewOf(f.pictureWindow(k)->PictureFile->picture());
     }
     SeriesFrames* seriesFrames() override { return m_reader ? m_reader->frames() : nullptr; }
-    void seriesRead() override { m_reader.reset(); }
 
     void setBusy(bool busy) override { m_cursor.set(busy); }
     void clearMontagePicture() override { f.montageWindow()->PictureFile->clearPicture(); }
@@ -152,6 +163,7 @@ class CreateImageWindows : public CreateImageFront {
     ProgramState& s;
     WaitCursor m_cursor;
     std::unique_ptr<SeriesReader> m_reader;
+    std::optional<SeriesPattern> m_readerPattern;
 };
 
 namespace {

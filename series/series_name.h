@@ -24,6 +24,8 @@ struct SeriesPattern {
     std::string suffix;      ///< from the dot to the end, the dot included
     int width = 0;           ///< digits of the first name, leading zeros counted
     int16_t seriesBase = 0;  ///< value of the digits minus 1: image k is k + seriesBase
+
+    bool operator==(const SeriesPattern&) const = default;
 };
 
 /// Largest first number that a series can start from.
