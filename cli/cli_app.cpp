@@ -275,8 +275,8 @@ class CliFront : public CreateImageFront {
     }
     void seriesFound(const SeriesPattern& pattern) override {
         // The passes of compare and evaluate name the same series again and again: the
-        // reader keeps its pictures and reads a member again only when its file changed.
-        if (m_reader && m_readerPattern == pattern) {
+        // reader stays while its files do, and serves what it read again.
+        if (m_reader && m_readerPattern == pattern && m_reader->filesUnchanged()) {
             return;
         }
         progress("decoding the series");

@@ -21,6 +21,7 @@
 #include "evaluation/evaluation_commands.h"
 #include "persistence/form_preferences.h"
 #include "persistence/project_commands.h"
+#include "series/series_decode.h"
 
 namespace lumiquilt {
 

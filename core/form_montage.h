@@ -8,6 +8,7 @@
 #include <array>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "core/program_state.h"
@@ -18,8 +19,11 @@
 #include "output/output_commands.h"
 #include "persistence/settings.h"
 #include "series/offset_commands.h"
+#include "series/series_name.h"
 
 namespace lumiquilt {
+
+class SeriesReader;
 
 /// The entries of the main window's menu, by their program names. Arrays keep the
 /// program's indices: mnuWindow runs 1 to 12 (slot 0 unused).
@@ -226,6 +230,12 @@ class FormMontage : public QMainWindow {
         QRect twips;
     };
     std::vector<DesignPlace> m_designPlaces;
+
+    // The reader of the series Create Image last loaded, kept from run to run so that
+    // a file that stayed as it was is not decoded again. Its pictures are the
+    // windows' own; Load Image Files, which gives the windows others, drops it.
+    std::unique_ptr<SeriesReader> m_seriesReader;
+    std::optional<SeriesPattern> m_seriesReaderPattern;
 };
 
 /// Thrown out of a yield when the main window has closed, so that a long command

@@ -63,8 +63,8 @@ class CreateImageWindows : public CreateImageFront {
         f.ui().messageBox(text, title, icon);
     }
 
-    // An evaluation's passes load the same series again and again through one front:
-    // its frames come back to the reader, which reads again only the files that changed.
+    // The window keeps its reader from run to run: a run that loads the same series
+    // again gives it back its frames, and it reads again only the files that changed.
     void seriesLetGo(SampleBuffer&& pixels) override {
         if (m_reader) {
             m_reader->takeBackFrames(std::move(pixels));
@@ -73,13 +73,14 @@ class CreateImageWindows : public CreateImageFront {
     // Both cores read the series ahead; each window gets the very picture decoded,
     // shared, not a copy.
     void seriesFound(const SeriesPattern& pattern) override {
-        if (m_reader && m_readerPattern == pattern) {
+        // A series edited since is read anew, on both cores.
+        if (m_reader && f.m_seriesReaderPattern == pattern && m_reader->filesUnchanged()) {
             return;
         }
         m_reader.reset();
         m_reader = std::make_unique<SeriesReader>(
             pattern, SeriesReader::ReadInto::framesAndPictures, 2, f.seriesWindowSize());
-        m_readerPattern = pattern;
+        f.m_seriesReaderPattern = pattern;
     }
     void loadMember(int k, const std::string& fileName) override {
         if (!m_reader) {
@@ -162,8 +163,7 @@ class CreateImageWindows : public CreateImageFront {
     FormMontage& f;
     ProgramState& s;
     WaitCursor m_cursor;
-    std::unique_ptr<SeriesReader> m_reader;
-    std::optional<SeriesPattern> m_readerPattern;
+    std::unique_ptr<SeriesReader>& m_reader = f.m_seriesReader;
 };
 
 namespace {

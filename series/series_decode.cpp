@@ -94,6 +94,7 @@ SeriesReader::SeriesReader(const SeriesPattern& pattern, ReadInto into, int thre
             break;
         }
         if (!fileExists(name)) {
+            m_nextName = name;
             break;
         }
         m_members[listed++].fileName = name;
@@ -337,6 +338,18 @@ SeriesFrames* SeriesReader::frames() {
     m_lent = {m_frames.pixels.serial(), m_frames.frameWidth, m_frames.frameHeight,
               m_frames.capacity};
     return &m_frames;
+}
+
+bool SeriesReader::filesUnchanged() const {
+    const std::lock_guard lock(m_mutex);
+    for (std::size_t i = 0; i < m_listed; ++i) {
+        const Member& m = m_members[i];
+        if (m.state != Member::State::done || m.frameLayout != m_layout ||
+            identityOf(m.fileName) != m.identity) {
+            return false;
+        }
+    }
+    return m_listed == m_members.size() || !fileExists(m_nextName);
 }
 
 void SeriesReader::takeBackFrames(SampleBuffer&& pixels) {

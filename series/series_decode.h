@@ -63,6 +63,10 @@ class SeriesReader {
     /// (nothing the buffers did since has taken memory anew): the members that stand
     /// in it need not be read again. Any other block is let go.
     void takeBackFrames(SampleBuffer&& pixels);
+    /// True when every file read ahead stands as it was read and no member was added:
+    /// loading the series again reads nothing. A member read on loading instead (its
+    /// file changed meanwhile) counts as changed.
+    bool filesUnchanged() const;
 
   private:
     struct Member;
@@ -82,6 +86,7 @@ class SeriesReader {
     std::condition_variable m_changed;
     std::vector<Member> m_members;  ///< one per image number; never resized
     std::size_t m_listed = 0;       ///< members that existed when reading started
+    std::string m_nextName;         ///< the first name after them, when there is one
     std::size_t m_next = 0;
     bool m_stopping = false;
     /// The frames, laid out once image 1 is decoded; `layout` counts the layouts so

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <QTimer>
 
+#include <filesystem>
 #include <sstream>
 
 #include "cli/cli_app.h"
@@ -148,6 +149,47 @@ TEST_F(CreateImageTest, MissingFileEmptiesItsRecentEntry) {
     EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
     EXPECT_TRUE(form().recentFiles().at(0).empty());
     EXPECT_EQ(settings->readKey("filename"), "0");
+}
+
+// A later click on a series that stayed as it was reads no file: the windows keep the
+// very pictures they had. One edited file, or Load Image Files giving the windows
+// pictures of its own, has the next click read the series anew.
+TEST_F(CreateImageTest, ALaterClickReadsTheSeriesOnlyWhenItChanged) {
+    makeSeries("s", 3);
+    auto keys = [this] {
+        std::vector<qint64> k;
+        for (int i = 1; i <= 3; ++i) {
+            k.push_back(form().pictureWindow(i)->PictureFile->picture().cacheKey());
+        }
+        return k;
+    };
+    create("s1.png");
+    const std::vector<qint64> first = keys();
+    create("s1.png");
+    EXPECT_EQ(keys(), first);
+
+    // Written through a new file renamed over the old, as an editor saving would.
+    const QImage changed = testing::patternPicture(40, 30, 9);
+    testing::savePictureFile(changed, dir.path("new.png"));
+    std::filesystem::rename(dir.path("new.png"), dir.path("s2.png"));
+    create("s1.png");
+    const std::vector<qint64> second = keys();
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_NE(second[i], first[i]) << i;
+    }
+    EXPECT_EQ(rgb(form().pictureWindow(2)->PictureFile->picture()), rgb(changed));
+    const CliRun r = cli({"montage", "s1.png", "-i", "10", "-o", "cli.png"}, dir.root());
+    ASSERT_EQ(r.code, 0) << r.err;
+    EXPECT_EQ(rgb(QImage(QString::fromStdString(dir.path("cli.png")))), montage());
+
+    form().mnuLoad_Click();
+    const std::vector<qint64> loaded = keys();
+    create("s1.png");
+    const std::vector<qint64> third = keys();
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_NE(third[i], loaded[i]) << i;
+        EXPECT_NE(third[i], second[i]) << i;
+    }
 }
 
 TEST_F(CreateImageTest, ASecondRunIsRefusedWhileOneIsUnderWay) {
