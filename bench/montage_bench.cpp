@@ -144,19 +144,31 @@ struct WindowTimes {
     double laterClicks;
 };
 
+// The window program started as a user starts it, in a folder of its own, its
+// dialogs answered from a script.
+struct WindowProgram {
+    QTemporaryDir dir;
+    ProgramState state;
+    ScriptedModalUi ui;
+    Settings settings{(dir.path() + "/Lumiquilt.ini").toStdString()};
+    StartupResult started;
+
+    WindowProgram() {
+        state.appPath = dir.path().toStdString() + "/";
+        StartupHooks hooks;
+        hooks.showSplash = [] {};
+        started = startLumiquilt({}, state, ui, settings, QSize(1280, 1024), hooks);
+        started.window->activateFirstTime();
+    }
+    FormMontage& form() { return *started.window; }
+};
+
 // Evaluate Increments and all Exposure Methods in the window program, after one
 // Create Image: the seven methods at every increment, as the menu runs them.
 double windowEvaluateAll(const std::string& first) {
-    QTemporaryDir dir;
-    ProgramState state;
-    state.appPath = dir.path().toStdString() + "/";
-    ScriptedModalUi ui;
-    Settings settings((dir.path() + "/Lumiquilt.ini").toStdString());
-    StartupHooks hooks;
-    hooks.showSplash = [] {};
-    StartupResult started = startLumiquilt({}, state, ui, settings, QSize(1280, 1024), hooks);
-    FormMontage& form = *started.window;
-    form.activateFirstTime();
+    WindowProgram program;
+    FormMontage& form = program.form();
+    ScriptedModalUi& ui = program.ui;
     form.textFileName->setText(QString::fromStdString(first));
     form.TextIncrement->setText("20");
     form.CommandGo_Click();
@@ -171,16 +183,9 @@ double windowEvaluateAll(const std::string& first) {
 }
 
 WindowTimes windowRun(const std::string& first, int clicks) {
-    QTemporaryDir dir;
-    ProgramState state;
-    state.appPath = dir.path().toStdString() + "/";
-    ScriptedModalUi ui;
-    Settings settings((dir.path() + "/Lumiquilt.ini").toStdString());
-    StartupHooks hooks;
-    hooks.showSplash = [] {};
-    StartupResult started = startLumiquilt({}, state, ui, settings, QSize(1280, 1024), hooks);
-    FormMontage& form = *started.window;
-    form.activateFirstTime();
+    WindowProgram program;
+    FormMontage& form = program.form();
+    ScriptedModalUi& ui = program.ui;
     PaintCounter counter;
     form.montageWindow()->PictureFile->installEventFilter(&counter);
     auto click = [&] {
