@@ -8,7 +8,6 @@
 #include <fstream>
 #include <map>
 #include <memory>
-#include <optional>
 #include <ostream>
 
 #include "core/files.h"
@@ -276,14 +275,13 @@ class CliFront : public CreateImageFront {
     void seriesFound(const SeriesPattern& pattern) override {
         // The passes of compare and evaluate name the same series again and again: the
         // reader stays while its files do, and serves what it read again.
-        if (m_reader && m_readerPattern == pattern && m_reader->filesUnchanged()) {
+        if (m_reader && m_reader->servesUnchanged(pattern)) {
             return;
         }
         progress("decoding the series");
         m_reader.reset();
         // No picture need outlive its frame: a later load takes the frames back.
         m_reader = std::make_unique<SeriesReader>(pattern, SeriesReader::ReadInto::frames, 2);
-        m_readerPattern = pattern;
     }
     void loadMember(int k, const std::string& fileName) override {
         if (!m_reader) {
@@ -305,7 +303,6 @@ class CliFront : public CreateImageFront {
         // A single montage never reads its pictures again: the memory is the output's.
         if (m_options.command == "montage") {
             m_reader.reset();
-            m_readerPattern.reset();
         }
     }
     void previewRow(int16_t /*y0*/) override {
@@ -349,7 +346,6 @@ class CliFront : public CreateImageFront {
     std::ostream& m_err;
     bool m_progress;
     std::unique_ptr<SeriesReader> m_reader;
-    std::optional<SeriesPattern> m_readerPattern;
     int m_row = 0;
 };
 

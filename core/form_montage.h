@@ -8,7 +8,6 @@
 #include <array>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "core/program_state.h"
@@ -19,7 +18,6 @@
 #include "output/output_commands.h"
 #include "persistence/settings.h"
 #include "series/offset_commands.h"
-#include "series/series_name.h"
 
 namespace lumiquilt {
 
@@ -235,7 +233,6 @@ class FormMontage : public QMainWindow {
     // a file that stayed as it was is not decoded again. Its pictures are the
     // windows' own; Load Image Files, which gives the windows others, drops it.
     std::unique_ptr<SeriesReader> m_seriesReader;
-    std::optional<SeriesPattern> m_seriesReaderPattern;
 };
 
 /// Thrown out of a yield when the main window has closed, so that a long command

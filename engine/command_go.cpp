@@ -4,7 +4,6 @@
 #include <QFontMetrics>
 #include <cmath>
 #include <memory>
-#include <optional>
 
 #include "engine/command_go.h"
 
@@ -74,13 +73,12 @@ class CreateImageWindows : public CreateImageFront {
     // shared, not a copy.
     void seriesFound(const SeriesPattern& pattern) override {
         // A series edited since is read anew, on both cores.
-        if (m_reader && f.m_seriesReaderPattern == pattern && m_reader->filesUnchanged()) {
+        if (m_reader && m_reader->servesUnchanged(pattern)) {
             return;
         }
         m_reader.reset();
         m_reader = std::make_unique<SeriesReader>(
             pattern, SeriesReader::ReadInto::framesAndPictures, 2, f.seriesWindowSize());
-        f.m_seriesReaderPattern = pattern;
     }
     void loadMember(int k, const std::string& fileName) override {
         if (!m_reader) {

@@ -150,7 +150,6 @@ void FormMontage::mnuLoad_Click() {
             stage = 510;
             // The windows take other pictures: Create Image's reader would keep the old.
             m_seriesReader.reset();
-            m_seriesReaderPattern.reset();
             // Both cores decode ahead while the windows take the pictures in turn.
             SeriesReader reader(pattern, SeriesReader::ReadInto::pictures, 2, seriesWindowSize());
             const SeriesLoopResult loop = loadSeriesLoop(

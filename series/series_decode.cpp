@@ -81,7 +81,8 @@ struct SeriesReader::Member {
 
 SeriesReader::SeriesReader(const SeriesPattern& pattern, ReadInto into, int threads,
                            ShownSize shownSize)
-    : m_keepPictures(into != ReadInto::frames),
+    : m_pattern(pattern),
+      m_keepPictures(into != ReadInto::frames),
       m_shownSize(std::move(shownSize)),
       m_intoFrames(into != ReadInto::pictures),
       m_members(static_cast<std::size_t>(kMaxImages)) {
@@ -340,7 +341,10 @@ SeriesFrames* SeriesReader::frames() {
     return &m_frames;
 }
 
-bool SeriesReader::filesUnchanged() const {
+bool SeriesReader::servesUnchanged(const SeriesPattern& pattern) const {
+    if (pattern != m_pattern) {
+        return false;
+    }
     const std::lock_guard lock(m_mutex);
     for (std::size_t i = 0; i < m_listed; ++i) {
         const Member& m = m_members[i];

@@ -63,10 +63,10 @@ class SeriesReader {
     /// (nothing the buffers did since has taken memory anew): the members that stand
     /// in it need not be read again. Any other block is let go.
     void takeBackFrames(SampleBuffer&& pixels);
-    /// True when every file read ahead stands as it was read and no member was added:
-    /// loading the series again reads nothing. A member read on loading instead (its
-    /// file changed meanwhile) counts as changed.
-    bool filesUnchanged() const;
+    /// True when this is the series it reads, every file read ahead stands as it was
+    /// read and no member was added: loading the series again reads nothing. A member
+    /// read on loading instead (its file changed meanwhile) counts as changed.
+    bool servesUnchanged(const SeriesPattern& pattern) const;
 
   private:
     struct Member;
@@ -79,6 +79,7 @@ class SeriesReader {
     void layOut(const QImage& first);
     void stop();
 
+    const SeriesPattern m_pattern;
     const bool m_keepPictures;
     const ShownSize m_shownSize;
     const bool m_intoFrames;
