@@ -216,12 +216,39 @@ void packBgrx32(const uint8_t* src, uint8_t* dst, int columns) {
 
 }  // namespace
 
+// The block of a buffer let go while holds on it lived: it goes back to the system
+// with the last hold.
+struct SampleBuffer::Held {
+    uint8_t* data = nullptr;
+    std::size_t size = 0;
+    void* mapping = nullptr;
+    std::size_t mappingSize = 0;
+    std::size_t shrunk = 0;  // given up by the buffer while held: still in memory
+
+    Held() = default;
+    Held(const Held&) = delete;
+    Held& operator=(const Held&) = delete;
+    ~Held() {
+#if defined(__linux__)
+        if (mapping != nullptr) {
+            ::munmap(mapping, mappingSize);
+        } else {
+            std::free(data);
+        }
+#else
+        std::free(data);
+#endif
+        g_held -= size + shrunk;
+    }
+};
+
 SampleBuffer::SampleBuffer(SampleBuffer&& other) noexcept
     : m_data(std::exchange(other.m_data, nullptr)),
       m_size(std::exchange(other.m_size, 0)),
       m_serial(std::exchange(other.m_serial, 0)),
       m_mapping(std::exchange(other.m_mapping, nullptr)),
-      m_mappingSize(std::exchange(other.m_mappingSize, 0)) {}
+      m_mappingSize(std::exchange(other.m_mappingSize, 0)),
+      m_held(std::move(other.m_held)) {}
 
 SampleBuffer& SampleBuffer::operator=(SampleBuffer&& other) noexcept {
     if (this != &other) {
@@ -231,8 +258,19 @@ SampleBuffer& SampleBuffer::operator=(SampleBuffer&& other) noexcept {
         m_serial = std::exchange(other.m_serial, 0);
         m_mapping = std::exchange(other.m_mapping, nullptr);
         m_mappingSize = std::exchange(other.m_mappingSize, 0);
+        m_held = std::move(other.m_held);
     }
     return *this;
+}
+
+std::shared_ptr<const void> SampleBuffer::hold() {
+    if (m_data == nullptr) {
+        return nullptr;
+    }
+    if (!m_held) {
+        m_held = std::make_shared<Held>();
+    }
+    return m_held;
 }
 
 SampleBuffer::~SampleBuffer() {
@@ -244,6 +282,21 @@ void SampleBuffer::discard() {
 }
 
 void SampleBuffer::release(bool keep) {
+    if (heldElsewhere()) {
+        // The holds take the block over, as it is.
+        m_held->data = m_data;
+        m_held->size = m_size;
+        m_held->mapping = m_mapping;
+        m_held->mappingSize = m_mappingSize;
+        m_held.reset();
+        m_data = nullptr;
+        m_size = 0;
+        m_serial = 0;
+        m_mapping = nullptr;
+        m_mappingSize = 0;
+        return;
+    }
+    m_held.reset();
 #if defined(__linux__)
     if (m_mapping != nullptr) {
         if (!keep || !keepSpare({m_mapping, m_mappingSize, m_data, m_size})) {
@@ -375,6 +428,12 @@ void SampleBuffer::shrink(std::size_t bytes) {
     }
     if (bytes == 0) {
         release();
+        return;
+    }
+    if (heldElsewhere()) {
+        // The holds see the whole block: it stays, and counts, until they go.
+        m_held->shrunk += m_size - bytes;
+        m_size = bytes;
         return;
     }
 #if defined(__linux__)

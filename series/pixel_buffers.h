@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -69,14 +70,23 @@ class SampleBuffer {
     /// again included; 0 when empty. A move takes it along.
     std::uint64_t serial() const { return m_data != nullptr ? m_serial : 0; }
 
+    /// A hold on the block: while one lives, the block outlives this buffer's letting
+    /// go of it (released, discarded or taken anew), is never kept for reuse and never
+    /// shrinks. A move takes the holds along. For views on the samples held elsewhere.
+    std::shared_ptr<const void> hold();
+
   private:
+    struct Held;
+
     void release(bool keep = true);
+    bool heldElsewhere() const { return m_held && m_held.use_count() > 1; }
 
     uint8_t* m_data = nullptr;
     std::size_t m_size = 0;
     std::uint64_t m_serial = 0;
     void* m_mapping = nullptr;  ///< set when the block is a mapping of its own
     std::size_t m_mappingSize = 0;
+    std::shared_ptr<Held> m_held;  ///< the holds' block, once one was asked for
 };
 
 /// While one lives, a buffer of a picture's size or more that is given back is kept

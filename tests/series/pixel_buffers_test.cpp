@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -249,6 +250,54 @@ TEST(SampleBuffer, BuffersGivenBackAreUsedAgainClearedWithinARun) {
     ASSERT_GT(SampleBuffer::spares(), 0u);
     run.reset();
     EXPECT_EQ(SampleBuffer::spares(), 0u);
+}
+
+// A window shows a picture straight from the series buffer: whichever way the buffer
+// lets go of its block, a hold keeps the block as it was, out of reach of the next
+// buffer, and the budget gets it back with the last hold.
+TEST(SampleBuffer, AHeldBlockOutlivesItsBufferAsItWas) {
+    const std::size_t picture = (3u << 20) + 5;  // mapped, and kept for reuse in a run
+    const std::pair<const char*, std::function<void(std::unique_ptr<SampleBuffer>&)>> ways[] = {
+        {"goes", [](auto& b) { b.reset(); }},
+        {"is emptied", [](auto& b) { b->allocateZeroed(0); }},
+        {"is discarded", [](auto& b) { b->discard(); }},
+        {"is taken anew", [&](auto& b) { b->allocateZeroed(picture); }},
+        {"shrinks", [](auto& b) { b->shrink(4096); }},
+        {"is handed on and goes",
+         [](auto& b) {
+             SampleBuffer other(std::move(*b));
+             other = SampleBuffer();
+         }},
+    };
+    const BufferReuse run;
+    for (const auto& [way, letGo] : ways) {
+        const std::size_t base = SampleBuffer::held();
+        auto buffer = std::make_unique<SampleBuffer>();
+        buffer->allocateZeroed(picture);
+        std::memset(buffer->data(), 0x5A, picture);
+        const uint8_t* samples = buffer->data();
+        std::shared_ptr<const void> hold = buffer->hold();
+        letGo(buffer);
+
+        SampleBuffer next;
+        next.allocateZeroed(picture);
+        EXPECT_NE(next.data(), samples) << way;
+        EXPECT_EQ(std::count(samples, samples + picture, 0x5A), static_cast<long>(picture)) << way;
+        next.allocateZeroed(0);
+        buffer.reset();
+        EXPECT_EQ(SampleBuffer::held(), base + picture) << way;
+        hold.reset();
+        EXPECT_EQ(SampleBuffer::held(), base) << way;
+    }
+    // Without a hold alive the block is the buffer's alone again.
+    SampleBuffer alone;
+    alone.allocateZeroed(picture);
+    const uint8_t* at = alone.data();
+    alone.hold().reset();
+    alone.allocateZeroed(0);
+    SampleBuffer again;
+    again.allocateZeroed(picture);
+    EXPECT_EQ(again.data(), at);
 }
 
 }  // namespace
