@@ -193,10 +193,9 @@ class FormMontage : public QMainWindow {
                             const char* routine);
     /// Loads series member k into its window, with its caption, and yields once.
     void loadSeriesMember(int k, const std::string& fileName);
-    /// The same with the member's picture already decoded, and perhaps already
-    /// scaled for its window.
-    void loadSeriesMember(int k, const std::string& fileName, QImage picture,
-                          QImage shown = QImage());
+    /// The same with the member as a reader read it: its frame, where that stands in
+    /// for its picture, else its picture; either perhaps already scaled for its window.
+    void loadSeriesMember(int k, const std::string& fileName, SeriesReader& reader);
     /// The size a series window shows a picture of a given size at, for the reading
     /// threads: the screen is read now, on this thread.
     std::function<QSize(QSize)> seriesWindowSize() const;
@@ -233,6 +232,8 @@ class FormMontage : public QMainWindow {
     // a file that stayed as it was is not decoded again. Its pictures are the
     // windows' own; Load Image Files, which gives the windows others, drops it.
     std::unique_ptr<SeriesReader> m_seriesReader;
+    /// The caption of member k's window, which has its picture, and one yield.
+    void seriesMemberLoaded(int k, const std::string& fileName);
 };
 
 /// Thrown out of a yield when the main window has closed, so that a long command

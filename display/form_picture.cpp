@@ -42,14 +42,38 @@ PictureBox::PictureBox(QWidget* parent) : QWidget(parent) {
 }
 
 void PictureBox::setPicture(QImage picture, QImage shown) {
+    m_framed = FramedPicture{};
     m_picture = std::move(picture);
     fitToPicture(std::move(shown));
 }
 
+void PictureBox::setFramedPicture(FramedPicture framed, QImage shown) {
+    m_picture = QImage();
+    m_framed = std::move(framed);
+    fitToPicture(std::move(shown));
+}
+
 void PictureBox::clearPicture() {
+    m_framed = FramedPicture{};
     m_picture = QImage();
     m_shown = QImage();
     update();
+}
+
+const QImage& PictureBox::picture() const {
+    if (m_picture.isNull() && m_framed.view.bits != nullptr) {
+        m_picture = opaquePictureOf(m_framed.view);
+    }
+    return m_picture;
+}
+
+PictureView PictureBox::view() const {
+    return m_framed.view.bits != nullptr ? m_framed.view : viewOf(m_picture);
+}
+
+QSize PictureBox::pictureSize() const {
+    return m_framed.view.bits != nullptr ? QSize(m_framed.view.width, m_framed.view.height)
+                                         : m_picture.size();
 }
 
 void PictureBox::setDisplayScale(double scale) {
@@ -71,17 +95,17 @@ QSize PictureBox::shownSizeAt(QSize picture, double scale) {
 }
 
 QSize PictureBox::shownSize() const {
-    return shownSizeAt(m_picture.size(), m_scale);
+    return shownSizeAt(pictureSize(), m_scale);
 }
 
 void PictureBox::fitToPicture(QImage shown) {
     m_shown = QImage();
-    if (!m_picture.isNull() && m_scale < 1.0) {
+    if (hasPicture() && m_scale < 1.0) {
         // Scaled once here rather than at every paint: a photograph is large.
         m_shown = shown.size() == shownSize() ? std::move(shown)
-                                              : scaledForDisplay(m_picture, shownSize());
+                                              : scaledForDisplay(picture(), shownSize());
     }
-    if (m_autoSize && !m_picture.isNull()) {
+    if (m_autoSize && hasPicture()) {
         resize(shownSize());
     }
     update();
@@ -111,8 +135,8 @@ void PictureBox::setMarkColor(QColor color) {
 
 void PictureBox::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
-    if (!m_picture.isNull()) {
-        painter.drawImage(QPoint(0, 0), m_scale < 1.0 ? m_shown : m_picture);
+    if (hasPicture()) {
+        painter.drawImage(QPoint(0, 0), m_scale < 1.0 ? m_shown : picture());
     }
     if (m_marksVisible) {
         painter.setPen(QPen(m_markColor, 1));

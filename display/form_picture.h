@@ -6,6 +6,8 @@
 #include <QWidget>
 #include <array>
 
+#include "series/pixel_buffers.h"
+
 namespace lumiquilt {
 
 /// The picture control `PictureFile`: shows its picture from the top left corner,
@@ -20,12 +22,18 @@ class PictureBox : public QWidget {
     /// Holds the picture; with autoSize the control takes the picture's shown size.
     /// A shown picture of that size, scaled ahead, saves scaling it here.
     void setPicture(QImage picture, QImage shown = QImage());
+    /// Holds a picture that stands in a frame of the series buffer: no copy of it is
+    /// made until picture() is asked for.
+    void setFramedPicture(FramedPicture framed, QImage shown = QImage());
     /// The size a picture of `picture`'s size is shown at, at a display scale.
     static QSize shownSizeAt(QSize picture, double scale);
     /// Removes the picture: the control then reads as blank (black) samples.
     void clearPicture();
-    const QImage& picture() const { return m_picture; }
-    bool hasPicture() const { return !m_picture.isNull(); }
+    const QImage& picture() const;
+    /// The picture's samples, without a copy.
+    PictureView view() const;
+    QSize pictureSize() const;
+    bool hasPicture() const { return !m_picture.isNull() || m_framed.view.bits != nullptr; }
 
     void setAutoSize(bool on) { m_autoSize = on; }
 
@@ -66,8 +74,9 @@ class PictureBox : public QWidget {
     QSize shownSize() const;
     void fitToPicture(QImage shown = QImage());
 
-    QImage m_picture;
-    QImage m_shown;  // the picture at the display scale, when that is below 1
+    FramedPicture m_framed;
+    mutable QImage m_picture;  // made from m_framed when first asked for
+    QImage m_shown;            // the picture at the display scale, when that is below 1
     double m_scale = 1.0;
     bool m_autoSize = false;
     std::array<QRect, 2> m_shapes;

@@ -69,16 +69,16 @@ class CreateImageWindows : public CreateImageFront {
             m_reader->takeBackFrames(std::move(pixels));
         }
     }
-    // Both cores read the series ahead; each window gets the very picture decoded,
-    // shared, not a copy.
+    // Both cores read the series ahead; each window shows its member's frame in the
+    // series buffer, not a picture of its own.
     void seriesFound(const SeriesPattern& pattern) override {
         // A series edited since is read anew, on both cores.
         if (m_reader && m_reader->servesUnchanged(pattern)) {
             return;
         }
         m_reader.reset();
-        m_reader = std::make_unique<SeriesReader>(
-            pattern, SeriesReader::ReadInto::framesAndPictures, 2, f.seriesWindowSize());
+        m_reader = std::make_unique<SeriesReader>(pattern, SeriesReader::ReadInto::framesAndViews,
+                                                  2, f.seriesWindowSize());
     }
     void loadMember(int k, const std::string& fileName) override {
         if (!m_reader) {
@@ -86,11 +86,9 @@ class CreateImageWindows : public CreateImageFront {
             return;
         }
         m_reader->load(k, fileName);
-        f.loadSeriesMember(k, fileName, m_reader->picture(k), m_reader->shown(k));
+        f.loadSeriesMember(k, fileName, *m_reader);
     }
-    PictureView memberPicture(int k) override {
-        return viewOf(f.pictureWindow(k)->PictureFile->picture());
-    }
+    PictureView memberPicture(int k) override { return f.pictureWindow(k)->PictureFile->view(); }
     SeriesFrames* seriesFrames() override { return m_reader ? m_reader->frames() : nullptr; }
 
     void setBusy(bool busy) override { m_cursor.set(busy); }

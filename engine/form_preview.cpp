@@ -102,7 +102,7 @@ void loadEverything(FormMontage& f) {
     ProgramState& s = f.state();
     std::vector<PictureView> images;
     for (int k = 1; k <= s.imageCount; ++k) {
-        images.push_back(viewOf(f.pictureWindow(k)->PictureFile->picture()));
+        images.push_back(f.pictureWindow(k)->PictureFile->view());
     }
     loadPixelBuffers(s, viewOf(f.montageWindow()->PictureFile->picture()),
                      static_cast<int>(s.imageWidth), static_cast<int>(s.imageHeight), images,

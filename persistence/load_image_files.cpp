@@ -25,15 +25,29 @@ std::string textOf(const QLineEdit* field) {
 }  // namespace
 
 void FormMontage::loadSeriesMember(int k, const std::string& fileName) {
-    loadSeriesMember(k, fileName, loadPicture(fileName));
+    QImage picture = loadPicture(fileName);
+    PictureBox* box = pictureWindow(k)->PictureFile;
+    box->setDisplayScale(screenDisplayScale(m_state, picture.width(), picture.height()));
+    box->setPicture(std::move(picture));
+    seriesMemberLoaded(k, fileName);
 }
 
-void FormMontage::loadSeriesMember(int k, const std::string& fileName, QImage picture,
-                                   QImage shown) {
+void FormMontage::loadSeriesMember(int k, const std::string& fileName, SeriesReader& reader) {
+    PictureBox* box = pictureWindow(k)->PictureFile;
+    FramedPicture framed = reader.framed(k);
+    if (framed.view.bits != nullptr) {
+        box->setDisplayScale(screenDisplayScale(m_state, framed.view.width, framed.view.height));
+        box->setFramedPicture(std::move(framed), reader.shown(k));
+    } else {
+        QImage picture = reader.picture(k);
+        box->setDisplayScale(screenDisplayScale(m_state, picture.width(), picture.height()));
+        box->setPicture(std::move(picture), reader.shown(k));
+    }
+    seriesMemberLoaded(k, fileName);
+}
+
+void FormMontage::seriesMemberLoaded(int k, const std::string& fileName) {
     FormPicture* window = pictureWindow(k);
-    window->PictureFile->setDisplayScale(
-        screenDisplayScale(m_state, picture.width(), picture.height()));
-    window->PictureFile->setPicture(std::move(picture), std::move(shown));
     window->setWindowTitle(QString::fromStdString(
         "Image" + numberToText(static_cast<long long>(k)) + " -- " + fileName));
     if (window->isMinimized() || window->isMaximized()) {
@@ -156,7 +170,7 @@ void FormMontage::mnuLoad_Click() {
                 pattern,
                 [this, &reader](int k, const std::string& f) {
                     reader.load(k, f);
-                    loadSeriesMember(k, f, reader.picture(k), reader.shown(k));
+                    loadSeriesMember(k, f, reader);
                 },
                 s.imageCount, s.currentFileName);
             if (loop.end == SeriesEnd::limit) {
@@ -170,7 +184,7 @@ void FormMontage::mnuLoad_Click() {
         if (go) {
             stage = 800;
             if (s.imageCount >= 1) {
-                const QImage& first = pictureWindow(1)->PictureFile->picture();
+                const QSize first = pictureWindow(1)->PictureFile->pictureSize();
                 s.imageWidth = static_cast<float>(first.width());
                 s.imageHeight = static_cast<float>(first.height());
             }

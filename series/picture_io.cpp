@@ -223,6 +223,23 @@ QImage pictureFromFrame(const uint8_t* frame, int frameWidth, int frameHeight, i
     return image;
 }
 
+QImage opaquePictureOf(const PictureView& framed) {
+    if (framed.bits == nullptr || framed.width < 1 || framed.height < 1 ||
+        framed.format != PixelFormat::bgr24) {
+        return QImage();
+    }
+    QImage image = ownedPicture(framed.width, framed.height, QImage::Format_RGB32,
+                                4u * static_cast<std::size_t>(framed.width));
+    for (int y = 0; y < framed.height; ++y) {
+        const uint8_t* src = framed.bits + static_cast<std::ptrdiff_t>(y) * framed.stride;
+        auto* dst = reinterpret_cast<uint32_t*>(image.scanLine(y));
+        for (int x = 0; x < framed.width; ++x, src += 3) {
+            dst[x] = 0xFF000000u | (uint32_t{src[2]} << 16) | (uint32_t{src[1]} << 8) | src[0];
+        }
+    }
+    return image;
+}
+
 namespace {
 
 QImage qtSmoothScaled(const QImage& picture, QSize size) {

@@ -24,6 +24,10 @@ PictureView viewOf(const QImage& image);
 QImage pictureFromFrame(const uint8_t* frame, int frameWidth, int frameHeight, int width,
                         int height);
 
+/// The opaque 32-bit picture that a frame seen as a picture holds, as the decoder
+/// gives one: what a window shows when its picture stands in a frame.
+QImage opaquePictureOf(const PictureView& framed);
+
 /// The montage as its window shows it: the picture of width by height that slot 100
 /// paints, the padded frame put down one to one and cut to the picture.
 QImage paintMontage(const PixelBuffers& buffers, int width, int height);

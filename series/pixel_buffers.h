@@ -188,6 +188,13 @@ void copyRowAsBgr(const uint8_t* source, PixelFormat format, int columns, uint8_
 PictureView frameAsPicture(const uint8_t* frame, int frameWidth, int frameHeight, int width,
                            int height);
 
+/// A picture that stands in a frame of a series buffer: the frame seen upright, and
+/// a hold that keeps the buffer's block while the view is in use.
+struct FramedPicture {
+    PictureView view;
+    std::shared_ptr<const void> hold;
+};
+
 /// Copies a picture into a buffer frame of frameWidth by frameHeight (padded)
 /// pixels, bottom-left corner at (0, 0), cut to the frame, a whole row at a time.
 /// Samples of the frame that the picture doesn't reach are left as they were.

@@ -82,7 +82,8 @@ struct SeriesReader::Member {
 SeriesReader::SeriesReader(const SeriesPattern& pattern, ReadInto into, int threads,
                            ShownSize shownSize)
     : m_pattern(pattern),
-      m_keepPictures(into != ReadInto::frames),
+      m_keepPictures(into == ReadInto::pictures),
+      m_framesAsPictures(into == ReadInto::framesAndViews),
       m_shownSize(std::move(shownSize)),
       m_intoFrames(into != ReadInto::pictures),
       m_members(static_cast<std::size_t>(kMaxImages)) {
@@ -164,7 +165,7 @@ void SeriesReader::decodeAhead(std::size_t index, SampleBuffer& scratch) {
     // Scaled here while the picture is still in this core's caches, and off the
     // thread that waits for it.
     QImage shown;
-    if (m_keepPictures && m_shownSize && !picture.isNull()) {
+    if (m_shownSize && !picture.isNull()) {
         const QSize size = m_shownSize(picture.size());
         if (!size.isEmpty() && size != picture.size()) {
             try {
@@ -201,9 +202,15 @@ void SeriesReader::decodeAhead(std::size_t index, SampleBuffer& scratch) {
         lock.lock();
         m.frameLayout = layout;
     }
+    // A frame holds a picture whole when it is opaque and of image 1's size.
+    const Member& first = m_members.front();
+    const bool standsInFrame = m.frameLayout != 0 && m.frameLayout == m_layout &&
+                               (!m_framesAsPictures || (picture.format() == QImage::Format_RGB32 &&
+                                                        picture.width() == first.width &&
+                                                        picture.height() == first.height));
     if (m_keepPictures) {
         m.picture = picture;
-    } else if (m.frameLayout == 0 || m.frameLayout != m_layout) {
+    } else if (!standsInFrame) {
         // No frame to stand in: the picture is kept, out of the scratch.
         m.picture = picture.copy();
     }
@@ -289,6 +296,23 @@ void SeriesReader::loadMember(int k, const std::string& fileName) {
         throw RuntimeError(m.errorNumber);
     }
     m.loaded = true;
+}
+
+FramedPicture SeriesReader::framed(int k) {
+    const std::lock_guard lock(m_mutex);
+    const Member* m = memberAt(k);
+    FramedPicture framed;
+    if (m == nullptr || !m_framesAsPictures || !m->loaded || m->errorNumber != 0 ||
+        !m->picture.isNull() || m->frameLayout == 0 || m->frameLayout != m_layout ||
+        m_frames.pixels.data() == nullptr || k > m_frames.capacity) {
+        return framed;
+    }
+    framed.view = frameAsPicture(m_frames.frame(k), m_frames.frameWidth, m_frames.frameHeight,
+                                 m->width, m->height);
+    if (framed.view.bits != nullptr) {
+        framed.hold = m_frames.pixels.hold();
+    }
+    return framed;
 }
 
 const SeriesReader::Member* SeriesReader::memberAt(int k) const {

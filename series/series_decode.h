@@ -23,9 +23,11 @@ class SeriesReader {
   public:
     /// What reading a member leaves.
     enum class ReadInto {
-        frames,             ///< its frame alone: each thread decodes into one scratch
-        framesAndPictures,  ///< its frame, and its picture for picture()
-        pictures,           ///< its picture alone: no series buffer is laid out
+        frames,  ///< its frame alone: each thread decodes into one scratch
+        /// its frame, which framed() shows as its picture where it holds it whole
+        /// (opaque, of image 1's size); elsewhere its picture for picture()
+        framesAndViews,
+        pictures,  ///< its picture alone: no series buffer is laid out
     };
 
     /// The size a window shows a picture of the given size at; the picture's own size
@@ -50,6 +52,9 @@ class SeriesReader {
 
     /// Member k's picture as loaded; null when it stands only in its frame.
     QImage picture(int k) const;
+    /// Member k's frame seen as its picture, while the reader has the frames, when
+    /// the frame stands in for its picture; else a null view.
+    FramedPicture framed(int k);
     /// Member k's picture at its shown size, when a reading thread made it; else null.
     QImage shown(int k) const;
     /// Member k's size, with its samples when the picture is kept.
@@ -81,6 +86,7 @@ class SeriesReader {
 
     const SeriesPattern m_pattern;
     const bool m_keepPictures;
+    const bool m_framesAsPictures;
     const ShownSize m_shownSize;
     const bool m_intoFrames;
     mutable std::mutex m_mutex;

@@ -156,15 +156,17 @@ TEST_F(CreateImageTest, MissingFileEmptiesItsRecentEntry) {
 // pictures of its own, has the next click read the series anew.
 TEST_F(CreateImageTest, ALaterClickReadsTheSeriesOnlyWhenItChanged) {
     makeSeries("s", 3);
+    // Where each window's samples stand: a series read again stands in new memory,
+    // taken while the windows still hold the old.
     auto keys = [this] {
-        std::vector<qint64> k;
+        std::vector<const uint8_t*> k;
         for (int i = 1; i <= 3; ++i) {
-            k.push_back(form().pictureWindow(i)->PictureFile->picture().cacheKey());
+            k.push_back(form().pictureWindow(i)->PictureFile->view().bits);
         }
         return k;
     };
     create("s1.png");
-    const std::vector<qint64> first = keys();
+    const std::vector<const uint8_t*> first = keys();
     create("s1.png");
     EXPECT_EQ(keys(), first);
 
@@ -173,7 +175,7 @@ TEST_F(CreateImageTest, ALaterClickReadsTheSeriesOnlyWhenItChanged) {
     testing::savePictureFile(changed, dir.path("new.png"));
     std::filesystem::rename(dir.path("new.png"), dir.path("s2.png"));
     create("s1.png");
-    const std::vector<qint64> second = keys();
+    const std::vector<const uint8_t*> second = keys();
     for (int i = 0; i < 3; ++i) {
         EXPECT_NE(second[i], first[i]) << i;
     }
@@ -183,13 +185,29 @@ TEST_F(CreateImageTest, ALaterClickReadsTheSeriesOnlyWhenItChanged) {
     EXPECT_EQ(rgb(QImage(QString::fromStdString(dir.path("cli.png")))), montage());
 
     form().mnuLoad_Click();
-    const std::vector<qint64> loaded = keys();
+    const std::vector<const uint8_t*> loaded = keys();
     create("s1.png");
-    const std::vector<qint64> third = keys();
     for (int i = 0; i < 3; ++i) {
-        EXPECT_NE(third[i], loaded[i]) << i;
-        EXPECT_NE(third[i], second[i]) << i;
+        EXPECT_NE(keys()[i], loaded[i]) << i;
     }
+}
+
+// The windows show their members straight from the series buffer, reduced when they
+// are larger than the screen; what later runs do with the buffer leaves every window's
+// picture as it was loaded.
+TEST_F(CreateImageTest, SeriesWindowsKeepTheirPicturesWhateverLaterRunsRead) {
+    makeSeries("a", 3, 1000, 760);
+    makeSeries("b", 2, 24, 20);
+    auto file = [this](const std::string& name) {
+        return rgb(QImage(QString::fromStdString(dir.path(name))));
+    };
+    create("a1.png");
+    ASSERT_LT(form().pictureWindow(3)->PictureFile->displayScale(), 1.0);
+    create("b1.png");
+    ASSERT_EQ(state.imageCount, 2);
+    EXPECT_EQ(rgb(form().pictureWindow(1)->PictureFile->picture()), file("b1.png"));
+    EXPECT_EQ(rgb(form().pictureWindow(2)->PictureFile->picture()), file("b2.png"));
+    EXPECT_EQ(rgb(form().pictureWindow(3)->PictureFile->picture()), file("a3.png"));
 }
 
 TEST_F(CreateImageTest, ASecondRunIsRefusedWhileOneIsUnderWay) {
