@@ -5,7 +5,9 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+#include <new>
 
+#include "core/runtime_error.h"
 #include "series/image_offsets.h"
 #include "series/picture_io.h"
 
@@ -62,7 +64,12 @@ void PictureBox::clearPicture() {
 
 const QImage& PictureBox::picture() const {
     if (m_picture.isNull() && m_framed.view.bits != nullptr) {
-        m_picture = opaquePictureOf(m_framed.view);
+        try {
+            m_picture = opaquePictureOf(m_framed.view);
+        } catch (const RuntimeError&) {
+            // Without room for the copy it reads as no picture, and is asked again next time.
+        } catch (const std::bad_alloc&) {
+        }
     }
     return m_picture;
 }

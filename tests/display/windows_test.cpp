@@ -2,6 +2,7 @@
 #include <QApplication>
 #include <QMouseEvent>
 
+#include "series/picture_io.h"
 #include "support/ui_fixture.h"
 
 namespace lumiquilt {
@@ -143,6 +144,33 @@ TEST_F(WindowsTest, RightButtonOpensThePopupAtOneHundred) {
     EXPECT_TRUE(picture->mnuMenu->isVisible());
     EXPECT_EQ(picture->mnuMenu->pos(), picture->mapToGlobal(QPoint(100, 100)));
     picture->mnuMenu->hide();
+}
+
+// A picture standing in a frame is shown without a copy; the copy that saving or a
+// full-size paint asks for is made then, and one that finds no room reads as no
+// picture rather than ending the program.
+TEST_F(WindowsTest, AFramedPictureIsCopiedOnlyWhenAskedFor) {
+    const QImage picture = testing::patternPicture(9, 5, 3).convertToFormat(QImage::Format_RGB32);
+    SampleBuffer frame;
+    frame.allocateZeroed(3u * 12 * 8);
+    readPictureIntoFrame(viewOf(picture), frame.data(), 12, 8);
+    FormPicture* window = form().pictureWindow(1);
+    PictureBox* box = window->PictureFile;
+    box->setFramedPicture({frameAsPicture(frame.data(), 12, 8, 9, 5), frame.hold()});
+    frame.allocateZeroed(0);  // the hold keeps the samples
+    EXPECT_EQ(box->pictureSize(), QSize(9, 5));
+    EXPECT_TRUE(box->hasPicture());
+
+    struct Reset {
+        ~Reset() { SampleBuffer::setBudget(0); }
+    } reset;
+    SampleBuffer::setBudget(SampleBuffer::held());
+    EXPECT_TRUE(box->picture().isNull());
+    window->show();
+    box->repaint();
+    SampleBuffer::setBudget(0);
+    EXPECT_EQ(box->picture(), picture);
+    EXPECT_LT(box->view().stride, 0);  // the engine still reads the frame, not the copy
 }
 
 TEST_F(WindowsTest, ClosingWindowsInAnyOrderIsSafe) {
