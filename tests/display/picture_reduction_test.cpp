@@ -21,9 +21,15 @@ Made make(int width, int height, PixelFormat format, int padding) {
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             uint8_t* p = m.bytes.data() + y * stride + x * step;
-            const uint8_t r = static_cast<uint8_t>(x * 37 + y * 11);
-            const uint8_t g = static_cast<uint8_t>(x * 5 + y * 53 + 7);
-            const uint8_t b = static_cast<uint8_t>((x ^ y) * 29);
+            // Scattered, so that the sums of a square meet every rounding.
+            uint32_t h =
+                static_cast<uint32_t>(x) * 73856093u ^ static_cast<uint32_t>(y) * 19349663u;
+            h ^= h >> 13;
+            h *= 0x5bd1e995u;
+            h ^= h >> 15;
+            const auto r = static_cast<uint8_t>(h >> 24);
+            const auto g = static_cast<uint8_t>(h >> 16);
+            const auto b = static_cast<uint8_t>(h >> 8);
             p[0] = format == PixelFormat::rgb24 ? r : b;
             p[1] = g;
             p[2] = format == PixelFormat::rgb24 ? b : r;
