@@ -2,6 +2,7 @@
 
 #include <QCloseEvent>
 #include <QMouseEvent>
+#include <QPaintEvent>
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
@@ -140,10 +141,19 @@ void PictureBox::setMarkColor(QColor color) {
     update();
 }
 
-void PictureBox::paintEvent(QPaintEvent* /*event*/) {
+void PictureBox::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
-    if (hasPicture()) {
-        painter.drawImage(QPoint(0, 0), m_scale < 1.0 ? m_shown : picture());
+    if (m_scale < 1.0) {
+        painter.drawImage(QPoint(0, 0), m_shown);
+    } else if (m_picture.isNull() && m_framed.view.bits != nullptr) {
+        // At full size the part to paint comes straight from the frame: the window
+        // keeps no copy of the whole.
+        const QRect area = event->rect() & QRect(QPoint(0, 0), pictureSize());
+        if (!area.isEmpty()) {
+            painter.drawImage(area.topLeft(), opaquePartOf(m_framed.view, area));
+        }
+    } else {
+        painter.drawImage(QPoint(0, 0), m_picture);
     }
     if (m_marksVisible) {
         painter.setPen(QPen(m_markColor, 1));

@@ -223,19 +223,46 @@ QImage pictureFromFrame(const uint8_t* frame, int frameWidth, int frameHeight, i
     return image;
 }
 
+namespace {
+
+// Fills `image` with the part of a frame seen as a picture that starts at `from`.
+void fillOpaque(const PictureView& framed, QPoint from, QImage& image) {
+    for (int y = 0; y < image.height(); ++y) {
+        const uint8_t* src = framed.bits +
+                             static_cast<std::ptrdiff_t>(from.y() + y) * framed.stride +
+                             3 * static_cast<std::ptrdiff_t>(from.x());
+        auto* dst = reinterpret_cast<uint32_t*>(image.scanLine(y));
+        for (int x = 0; x < image.width(); ++x, src += 3) {
+            dst[x] = 0xFF000000u | (uint32_t{src[2]} << 16) | (uint32_t{src[1]} << 8) | src[0];
+        }
+    }
+}
+
+bool isFrameView(const PictureView& framed) {
+    return framed.bits != nullptr && framed.width >= 1 && framed.height >= 1 &&
+           framed.format == PixelFormat::bgr24;
+}
+
+}  // namespace
+
 QImage opaquePictureOf(const PictureView& framed) {
-    if (framed.bits == nullptr || framed.width < 1 || framed.height < 1 ||
-        framed.format != PixelFormat::bgr24) {
+    if (!isFrameView(framed)) {
         return QImage();
     }
     QImage image = ownedPicture(framed.width, framed.height, QImage::Format_RGB32,
                                 4u * static_cast<std::size_t>(framed.width));
-    for (int y = 0; y < framed.height; ++y) {
-        const uint8_t* src = framed.bits + static_cast<std::ptrdiff_t>(y) * framed.stride;
-        auto* dst = reinterpret_cast<uint32_t*>(image.scanLine(y));
-        for (int x = 0; x < framed.width; ++x, src += 3) {
-            dst[x] = 0xFF000000u | (uint32_t{src[2]} << 16) | (uint32_t{src[1]} << 8) | src[0];
-        }
+    fillOpaque(framed, QPoint(0, 0), image);
+    return image;
+}
+
+QImage opaquePartOf(const PictureView& framed, QRect area) {
+    area &= QRect(0, 0, framed.width, framed.height);
+    if (!isFrameView(framed) || area.isEmpty()) {
+        return QImage();
+    }
+    QImage image(area.size(), QImage::Format_RGB32);
+    if (!image.isNull()) {
+        fillOpaque(framed, area.topLeft(), image);
     }
     return image;
 }

@@ -27,6 +27,10 @@ QImage pictureFromFrame(const uint8_t* frame, int frameWidth, int frameHeight, i
 /// The opaque 32-bit picture that a frame seen as a picture holds, as the decoder
 /// gives one: what a window shows when its picture stands in a frame.
 QImage opaquePictureOf(const PictureView& framed);
+/// The part of it in `area` alone, in memory of Qt's rather than the buffers': what a
+/// window paints of it at full size, for the moment of the paint. Null when the area
+/// lies outside or there is no room.
+QImage opaquePartOf(const PictureView& framed, QRect area);
 
 /// The montage as its window shows it: the picture of width by height that slot 100
 /// paints, the padded frame put down one to one and cut to the picture.

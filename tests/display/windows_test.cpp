@@ -160,13 +160,20 @@ TEST_F(WindowsTest, AFramedPictureIsCopiedOnlyWhenAskedFor) {
     frame.allocateZeroed(0);  // the hold keeps the samples
     EXPECT_EQ(box->pictureSize(), QSize(9, 5));
     EXPECT_TRUE(box->hasPicture());
+    // At full size a paint takes its part straight from the frame, and keeps nothing.
+    window->show();
+    const std::size_t held = SampleBuffer::held();
+    EXPECT_EQ(box->grab(QRect(0, 0, 9, 5)).toImage().convertToFormat(QImage::Format_RGB32),
+              picture);
+    EXPECT_EQ(box->grab(QRect(3, 1, 4, 3)).toImage().convertToFormat(QImage::Format_RGB32),
+              picture.copy(3, 1, 4, 3));
+    EXPECT_EQ(SampleBuffer::held(), held);
 
     struct Reset {
         ~Reset() { SampleBuffer::setBudget(0); }
     } reset;
     SampleBuffer::setBudget(SampleBuffer::held());
     EXPECT_TRUE(box->picture().isNull());
-    window->show();
     box->repaint();
     SampleBuffer::setBudget(0);
     EXPECT_EQ(box->picture(), picture);
