@@ -1,6 +1,10 @@
 #include "display/picture_reduction.h"
 
 #include <algorithm>
+#include <cstring>
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 #include <vector>
 
 namespace lumiquilt {
@@ -109,7 +113,120 @@ void halveBgrx32(const PictureView& picture, uint32_t* out, std::ptrdiff_t outSt
     }
 }
 
+// Where an output position of a side samples the picture: its centre mapped back,
+// between the source positions `first` and `second`, `weight` 256ths of the way.
+struct Tap {
+    int first;
+    int second;
+    uint32_t weight;
+};
+
+std::vector<Tap> tapsFor(int size, int outSize) {
+    std::vector<Tap> taps(static_cast<std::size_t>(outSize));
+    // (o + 1/2) * size / outSize - 1/2, over a common denominator.
+    const long long denominator = 2LL * outSize;
+    for (int o = 0; o < outSize; ++o) {
+        const long long numerator = (2LL * o + 1) * size - outSize;
+        Tap tap{0, 0, 0};
+        if (numerator > 0) {
+            // In 256ths of a pixel, rounded.
+            const long long at = (numerator * 256 + denominator / 2) / denominator;
+            tap.first = static_cast<int>(at >> 8);
+            tap.weight = static_cast<uint32_t>(at & 0xFF);
+        }
+        if (tap.first >= size - 1) {
+            tap.first = size - 1;
+            tap.weight = 0;
+        }
+        tap.second = std::min(tap.first + 1, size - 1);
+        taps[static_cast<std::size_t>(o)] = tap;
+    }
+    return taps;
+}
+
+// Blends two picture rows into 16-bit lanes of blue, green, red and a fourth lane per
+// pixel, each rounded back to 8 bits so that the columns' blend fits in the lanes.
+void blendRows(const PictureView& picture, const uint8_t* top, const uint8_t* bottom,
+               uint32_t weight, uint16_t* lanes) {
+    const uint32_t keep = 256 - weight;
+    if (picture.format == PixelFormat::bgrx32) {
+        const std::size_t bytes = static_cast<std::size_t>(picture.width) * 4;
+        // Sums below 2^16 throughout, so 16-bit lanes hold them: twice as many at once.
+        const auto keep16 = static_cast<uint16_t>(keep);
+        const auto weight16 = static_cast<uint16_t>(weight);
+        for (std::size_t i = 0; i < bytes; ++i) {
+            const auto sum = static_cast<uint16_t>(top[i] * keep16 + bottom[i] * weight16 + 128);
+            lanes[i] = static_cast<uint16_t>(sum >> 8);
+        }
+        return;
+    }
+    const int red = picture.format == PixelFormat::rgb24 ? 0 : 2;
+    const int blue = 2 - red;
+    for (int x = 0; x < picture.width; ++x, top += 3, bottom += 3, lanes += 4) {
+        lanes[0] = static_cast<uint16_t>((top[blue] * keep + bottom[blue] * weight + 128) >> 8);
+        lanes[1] = static_cast<uint16_t>((top[1] * keep + bottom[1] * weight + 128) >> 8);
+        lanes[2] = static_cast<uint16_t>((top[red] * keep + bottom[red] * weight + 128) >> 8);
+        lanes[3] = 0;
+    }
+}
+
 }  // namespace
+
+void scalePicture(const PictureView& picture, int outWidth, int outHeight, uint32_t* out,
+                  std::ptrdiff_t outStride) {
+    if (outWidth < 1 || outHeight < 1 || picture.width < 1 || picture.height < 1 ||
+        picture.bits == nullptr) {
+        return;
+    }
+    const std::vector<Tap> columns = tapsFor(picture.width, outWidth);
+    const std::vector<Tap> rows = tapsFor(picture.height, outHeight);
+    std::vector<uint16_t> lanes(static_cast<std::size_t>(picture.width) * 4);
+    for (int oy = 0; oy < outHeight; ++oy) {
+        const Tap& r = rows[static_cast<std::size_t>(oy)];
+        blendRows(picture, picture.bits + static_cast<std::ptrdiff_t>(r.first) * picture.stride,
+                  picture.bits + static_cast<std::ptrdiff_t>(r.second) * picture.stride, r.weight,
+                  lanes.data());
+        auto* row = reinterpret_cast<uint32_t*>(reinterpret_cast<uint8_t*>(out) + oy * outStride);
+        int ox = 0;
+#if defined(__SSE2__)
+        // Two pixels at a time, each lane's blend below 2^16 as in the rows'.
+        const __m128i half = _mm_set1_epi16(128);
+        const __m128i opaque = _mm_set1_epi32(static_cast<int>(0xFF000000u));
+        for (; ox + 2 <= outWidth; ox += 2) {
+            const Tap& a = columns[static_cast<std::size_t>(ox)];
+            const Tap& b = columns[static_cast<std::size_t>(ox) + 1];
+            const uint16_t* l = lanes.data();
+            const __m128i left = _mm_unpacklo_epi64(
+                _mm_loadl_epi64(reinterpret_cast<const __m128i*>(l + 4 * a.first)),
+                _mm_loadl_epi64(reinterpret_cast<const __m128i*>(l + 4 * b.first)));
+            const __m128i right = _mm_unpacklo_epi64(
+                _mm_loadl_epi64(reinterpret_cast<const __m128i*>(l + 4 * a.second)),
+                _mm_loadl_epi64(reinterpret_cast<const __m128i*>(l + 4 * b.second)));
+            const __m128i weights =
+                _mm_unpacklo_epi64(_mm_set1_epi16(static_cast<short>(a.weight)),
+                                   _mm_set1_epi16(static_cast<short>(b.weight)));
+            const __m128i keeps = _mm_sub_epi16(_mm_set1_epi16(256), weights);
+            const __m128i sum = _mm_add_epi16(
+                _mm_add_epi16(_mm_mullo_epi16(left, keeps), _mm_mullo_epi16(right, weights)), half);
+            const __m128i bytes = _mm_packus_epi16(_mm_srli_epi16(sum, 8), _mm_setzero_si128());
+            _mm_storel_epi64(reinterpret_cast<__m128i*>(row + ox), _mm_or_si128(bytes, opaque));
+        }
+#endif
+        // A pixel's four lanes as one 64-bit word: each lane's blend stays below 2^16,
+        // so one multiply weighs all four.
+        for (; ox < outWidth; ++ox) {
+            const Tap& c = columns[static_cast<std::size_t>(ox)];
+            uint64_t left = 0;
+            uint64_t right = 0;
+            std::memcpy(&left, lanes.data() + 4 * static_cast<std::size_t>(c.first), 8);
+            std::memcpy(&right, lanes.data() + 4 * static_cast<std::size_t>(c.second), 8);
+            uint64_t v = left * (256 - c.weight) + right * c.weight + 0x0080008000800080u;
+            v = v >> 8 & 0x00FF00FF00FF00FFu;
+            row[ox] = 0xFF000000u | static_cast<uint32_t>((v & 0xFFu) | (v >> 8 & 0xFF00u) |
+                                                          (v >> 16 & 0xFF0000u));
+        }
+    }
+}
 
 void reducePicture(const PictureView& picture, int factor, uint32_t* out,
                    std::ptrdiff_t outStride) {

@@ -18,4 +18,13 @@ int reducedSide(int size, int factor);
 /// first: one pass over the picture, before the fine scaling to the exact size.
 void reducePicture(const PictureView& picture, int factor, uint32_t* out, std::ptrdiff_t outStride);
 
+/// Scales a picture to outWidth x outHeight by bilinear filtering: each output pixel is
+/// read at its centre, mapped back into the picture, from the four pixels around it
+/// (the edge pixels repeated beyond the edges), as a 32-bit 0xFFRRGGBB word, within two
+/// levels of the exact blend. Down to half the size it reads every pixel; below that,
+/// reducePicture first. `out` holds outHeight rows of outWidth words, `outStride`
+/// bytes apart.
+void scalePicture(const PictureView& picture, int outWidth, int outHeight, uint32_t* out,
+                  std::ptrdiff_t outStride);
+
 }  // namespace lumiquilt

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <vector>
 
 namespace lumiquilt {
@@ -112,6 +114,90 @@ TEST(ReducePicture, SidesAndNothingToDo) {
     uint32_t untouched = 7;
     reducePicture(PictureView{}, 2, &untouched, 4);
     EXPECT_EQ(untouched, 7u);
+}
+
+// One channel of the exact blend at an output pixel's centre, the slow way: the edge
+// pixels stand for whatever lies beyond them.
+double blendOf(const Made& m, int outWidth, int outHeight, int ox, int oy, int channel) {
+    auto source = [](int o, int size, int outSize) {
+        const double at = (o + 0.5) * size / outSize - 0.5;
+        return std::clamp(at, 0.0, static_cast<double>(size - 1));
+    };
+    const double sx = source(ox, m.view.width, outWidth);
+    const double sy = source(oy, m.view.height, outHeight);
+    const int x0 = static_cast<int>(sx);
+    const int y0 = static_cast<int>(sy);
+    const int x1 = std::min(x0 + 1, m.view.width - 1);
+    const int y1 = std::min(y0 + 1, m.view.height - 1);
+    const int step = m.view.format == PixelFormat::bgrx32 ? 4 : 3;
+    const bool rgb = m.view.format == PixelFormat::rgb24;
+    const int at = channel == 1 ? 1 : ((channel == 0) != rgb ? 0 : 2);
+    auto sample = [&](int x, int y) {
+        return static_cast<double>(m.view.bits[y * m.view.stride + x * step + at]);
+    };
+    const double fx = sx - x0;
+    const double fy = sy - y0;
+    return (sample(x0, y0) * (1 - fx) + sample(x1, y0) * fx) * (1 - fy) +
+           (sample(x0, y1) * (1 - fx) + sample(x1, y1) * fx) * fy;
+}
+
+// Each pixel within two levels of the exact blend (weights in 256ths, rounded twice) at its centre,
+// in every layout; two pixels at a time and the odd one at the end of a row alike.
+TEST(ScalePicture, EveryPixelIsTheBlendAtItsCentre) {
+    struct Row {
+        int width, height, outWidth, outHeight;
+    };
+    const Row rows[] = {{8, 6, 5, 4}, {9, 7, 9, 7},  {1, 1, 1, 1},     {2, 2, 1, 1},
+                        {3, 1, 2, 1}, {1, 5, 1, 3},  {40, 30, 21, 17}, {100, 80, 91, 73},
+                        {7, 9, 4, 8}, {64, 3, 33, 2}};
+    for (PixelFormat format : {PixelFormat::bgr24, PixelFormat::rgb24, PixelFormat::bgrx32}) {
+        for (const Row& row : rows) {
+            const Made m = make(row.width, row.height, format, 3);
+            const int w = row.outWidth;
+            const int h = row.outHeight;
+            std::vector<uint32_t> out(static_cast<std::size_t>(w + 1) * h, 0xDEADBEEF);
+            scalePicture(m.view, w, h, out.data(),
+                         static_cast<std::ptrdiff_t>((w + 1) * sizeof(uint32_t)));
+            for (int oy = 0; oy < h; ++oy) {
+                for (int ox = 0; ox < w; ++ox) {
+                    const uint32_t pixel = out[static_cast<std::size_t>(oy * (w + 1) + ox)];
+                    ASSERT_EQ(pixel >> 24, 0xFFu);
+                    for (int channel = 0; channel < 3; ++channel) {
+                        const double expected = blendOf(m, w, h, ox, oy, channel);
+                        const auto got = static_cast<double>(pixel >> (8 * channel) & 0xFF);
+                        ASSERT_LE(std::abs(got - expected), 2.0)
+                            << static_cast<int>(format) << " " << row.width << "x" << row.height
+                            << " to " << w << "x" << h << " at " << ox << "," << oy << " channel "
+                            << channel;
+                    }
+                }
+                EXPECT_EQ(out[static_cast<std::size_t>(oy * (w + 1) + w)], 0xDEADBEEFu);
+            }
+        }
+    }
+}
+
+// At its own size a picture comes out as it went in; white stays white.
+TEST(ScalePicture, OwnSizeIsACopyAndWhiteStaysWhite) {
+    for (PixelFormat format : {PixelFormat::bgr24, PixelFormat::rgb24, PixelFormat::bgrx32}) {
+        const Made m = make(13, 5, format, 1);
+        std::vector<uint32_t> out(13 * 5);
+        scalePicture(m.view, 13, 5, out.data(), 13 * 4);
+        for (int y = 0; y < 5; ++y) {
+            for (int x = 0; x < 13; ++x) {
+                const uint32_t expected = 0xFF000000u | meanOf(m, x, y, 1, 2) << 16 |
+                                          meanOf(m, x, y, 1, 1) << 8 | meanOf(m, x, y, 1, 0);
+                ASSERT_EQ(out[static_cast<std::size_t>(y * 13 + x)], expected) << x << "," << y;
+            }
+        }
+    }
+    std::vector<uint8_t> white(31 * 4 * 9, 0xFF);
+    const PictureView view{31, 9, white.data(), 31 * 4, PixelFormat::bgrx32};
+    std::vector<uint32_t> out(17 * 6);
+    scalePicture(view, 17, 6, out.data(), 17 * 4);
+    for (uint32_t pixel : out) {
+        ASSERT_EQ(pixel, 0xFFFFFFFFu);
+    }
 }
 
 }  // namespace
