@@ -40,7 +40,6 @@ int shiftOf(Qt::KeyboardModifiers modifiers) {
 }  // namespace
 
 PictureBox::PictureBox(QWidget* parent) : QWidget(parent) {
-    setAttribute(Qt::WA_OpaquePaintEvent, false);
     resetMarks();
 }
 
@@ -60,6 +59,7 @@ void PictureBox::clearPicture() {
     m_framed = FramedPicture{};
     m_picture = QImage();
     m_shown = QImage();
+    updateOpaque();
     update();
 }
 
@@ -116,7 +116,30 @@ void PictureBox::fitToPicture(QImage shown) {
     if (m_autoSize && hasPicture()) {
         resize(shownSize());
     }
+    updateOpaque();
     update();
+}
+
+// Unless told that the picture covers the control, Qt first fills the window's
+// background under it: on a first showing, a fill of every series window for nothing.
+void PictureBox::updateOpaque() {
+    const auto covers = [this](QSize painted) {
+        return painted.width() >= width() && painted.height() >= height();
+    };
+    bool opaque = false;
+    if (m_scale < 1.0) {
+        opaque = !m_shown.isNull() && !m_shown.hasAlphaChannel() && covers(m_shown.size());
+    } else if (m_picture.isNull()) {
+        opaque = m_framed.view.bits != nullptr && covers(pictureSize());
+    } else {
+        opaque = !m_picture.hasAlphaChannel() && covers(m_picture.size());
+    }
+    setAttribute(Qt::WA_OpaquePaintEvent, opaque);
+}
+
+void PictureBox::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    updateOpaque();
 }
 
 void PictureBox::moveShape(int member, int left, int top) {

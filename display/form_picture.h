@@ -69,10 +69,12 @@ class PictureBox : public QWidget {
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
   private:
     QSize shownSize() const;
     void fitToPicture(QImage shown = QImage());
+    void updateOpaque();
 
     FramedPicture m_framed;
     mutable QImage m_picture;  // made from m_framed when first asked for

@@ -180,6 +180,57 @@ TEST_F(WindowsTest, AFramedPictureIsCopiedOnlyWhenAskedFor) {
     EXPECT_LT(box->view().stride, 0);  // the engine still reads the frame, not the copy
 }
 
+// Qt leaves out the window's background under a picture control only when what it
+// paints covers it opaquely; anywhere else the background shows.
+TEST_F(WindowsTest, OnlyAnOpaqueCoveringPictureSparesTheBackground) {
+    const QImage opaque = testing::patternPicture(40, 30, 3).convertToFormat(QImage::Format_RGB32);
+    QImage clear(40, 30, QImage::Format_ARGB32);
+    clear.fill(Qt::transparent);
+    struct Row {
+        const char* what;
+        QImage picture;
+        double scale;
+        QSize box;  // empty: the picture's own size
+        bool spared;
+    };
+    const Row rows[] = {
+        {"opaque", opaque, 1.0, {}, true},
+        {"opaque, shown at half", opaque, 0.5, {}, true},
+        {"transparent", clear, 1.0, {}, false},
+        {"opaque in a larger control", opaque, 1.0, QSize(60, 50), false},
+        {"none", QImage(), 1.0, QSize(40, 30), false},
+    };
+    FormPicture* window = form().pictureWindow(1);
+    PictureBox* box = window->PictureFile;
+    window->resize(80, 60);
+    window->show();
+    const QRgb background = window->palette().color(QPalette::Window).rgb();
+    for (const Row& row : rows) {
+        box->setAutoSize(row.box.isEmpty());
+        box->setDisplayScale(row.scale);
+        if (row.picture.isNull()) {
+            box->clearPicture();
+        } else {
+            box->setPicture(row.picture);
+        }
+        if (!row.box.isEmpty()) {
+            box->resize(row.box);
+        }
+        EXPECT_EQ(box->testAttribute(Qt::WA_OpaquePaintEvent), row.spared) << row.what;
+        const QImage seen = window->grab().toImage().convertToFormat(QImage::Format_RGB32);
+        const QSize shown = PictureBox::shownSizeAt(row.picture.size(), row.scale);
+        for (const QPoint at : {QPoint(1, 1), QPoint(box->width() - 1, box->height() - 1)}) {
+            const bool onPicture = !row.picture.isNull() && at.x() < shown.width() &&
+                                   at.y() < shown.height() && row.picture.pixel(0, 0) >> 24 != 0;
+            if (!onPicture) {
+                EXPECT_EQ(seen.pixel(at), background) << row.what << " at " << at.x();
+            }
+        }
+    }
+    box->setAutoSize(true);
+    box->setDisplayScale(1.0);
+}
+
 TEST_F(WindowsTest, ClosingWindowsInAnyOrderIsSafe) {
     makeSeries("s", 3);
     setFileName(dir.path("s1.png"));
