@@ -286,30 +286,80 @@ QImage bilinearScaled(const PictureView& picture, QSize size) {
 
 }  // namespace
 
-QImage scaledForDisplay(const QImage& picture, QSize size) {
-    // Qt's smooth scaling weighs every source pixel into every output pixel it
-    // touches: thirty 2 MP pictures cost half as much again as decoding them. A mean
-    // over whole squares, then bilinear filtering over the last step of less than
-    // half, shows the same picture (a level or two apart) for a tenth of the work.
+namespace {
+
+// The factor of scaledForDisplay's whole squares, 1 when it filters the picture as it
+// is, 0 when it leaves the whole work to Qt.
+int displayReduction(const QImage& picture, QSize size) {
     const QImage::Format format = picture.format();
     const bool known = format == QImage::Format_RGB888 || format == QImage::Format_BGR888 ||
                        format == QImage::Format_RGB32 || format == QImage::Format_ARGB32;
     if (!known || size.isEmpty() || size.width() > picture.width() ||
         size.height() > picture.height()) {
+        return 0;
+    }
+    return std::max(1, std::min(picture.width() / size.width(), picture.height() / size.height()));
+}
+
+QImage reducedFor(const QImage& picture, int factor) {
+    return QImage(reducedSide(picture.width(), factor), reducedSide(picture.height(), factor),
+                  QImage::Format_RGB32);
+}
+
+}  // namespace
+
+QImage scaledForDisplay(const QImage& picture, QSize size) {
+    // Qt's smooth scaling weighs every source pixel into every output pixel it
+    // touches: thirty 2 MP pictures cost half as much again as decoding them. A mean
+    // over whole squares, then bilinear filtering over the last step of less than
+    // half, shows the same picture (a level or two apart) for a tenth of the work.
+    const int factor = displayReduction(picture, size);
+    if (factor == 0) {
         return qtSmoothScaled(picture, size);
     }
-    const int factor = std::min(picture.width() / size.width(), picture.height() / size.height());
-    if (factor < 2) {
+    if (factor == 1) {
         return bilinearScaled(viewOf(picture), size);
     }
-    QImage reduced(reducedSide(picture.width(), factor), reducedSide(picture.height(), factor),
-                   QImage::Format_RGB32);
+    QImage reduced = reducedFor(picture, factor);
     if (reduced.isNull()) {
         return reduced;
     }
     reducePicture(viewOf(picture), factor, reinterpret_cast<uint32_t*>(reduced.bits()),
                   reduced.bytesPerLine());
     return bilinearScaled(viewOf(reduced), size);
+}
+
+QImage readIntoFrameAndScale(const QImage& picture, uint8_t* frame, int frameWidth, int frameHeight,
+                             QSize size) {
+    const PictureView view = viewOf(picture);
+    const bool wanted = !picture.isNull() && !size.isEmpty() && size != picture.size();
+    const int factor = wanted ? displayReduction(picture, size) : 0;
+    QImage reduced = factor >= 2 ? reducedFor(picture, factor) : QImage();
+    if (reduced.isNull()) {
+        readPictureIntoFrame(view, frame, frameWidth, frameHeight);
+        return wanted ? scaledForDisplay(picture, size) : QImage();
+    }
+    // Bands of whole squares, a few dozen kilobytes of rows each.
+    const int band = factor * std::max(1, 16 / factor);
+    bool reducing = true;
+    for (int first = 0; first < view.height; first += band) {
+        const int end = std::min(first + band, view.height);
+        readPictureRowsIntoFrame(view, first, end, frame, frameWidth, frameHeight);
+        if (!reducing) {
+            continue;
+        }
+        const PictureView rows{view.width, end - first,
+                               view.bits + static_cast<std::ptrdiff_t>(first) * view.stride,
+                               view.stride, view.format};
+        try {
+            reducePicture(rows, factor,
+                          reinterpret_cast<uint32_t*>(reduced.scanLine(first / factor)),
+                          reduced.bytesPerLine());
+        } catch (const std::bad_alloc&) {
+            reducing = false;  // the frame is still filled; the window scales for itself
+        }
+    }
+    return reducing ? bilinearScaled(viewOf(reduced), size) : QImage();
 }
 
 QImage paintMontage(const PixelBuffers& buffers, int width, int height) {

@@ -55,6 +55,13 @@ void saveMontage(const PixelBuffers& buffers, int width, int height, const std::
 /// bilinearly to the exact size.
 QImage scaledForDisplay(const QImage& picture, QSize size);
 
+/// Copies a picture into its frame as readPictureIntoFrame does and gives it scaled
+/// for display to `size` as scaledForDisplay does; empty or the picture's own size asks
+/// for no copy. A reduction by whole squares sums each band of rows just packed, while
+/// it is still in the caches, instead of reading the whole picture again.
+QImage readIntoFrameAndScale(const QImage& picture, uint8_t* frame, int frameWidth, int frameHeight,
+                             QSize size);
+
 /// Raises the decoder's memory limit once, so that large photographs load.
 void configurePictureReading();
 

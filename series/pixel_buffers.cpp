@@ -551,16 +551,23 @@ bool SeriesFrames::holds(int image, int width, int height) const {
 
 void readPictureIntoFrame(const PictureView& picture, uint8_t* frame, int frameWidth,
                           int frameHeight) {
+    readPictureRowsIntoFrame(picture, 0, picture.height, frame, frameWidth, frameHeight);
+}
+
+void readPictureRowsIntoFrame(const PictureView& picture, int first, int end, uint8_t* frame,
+                              int frameWidth, int frameHeight) {
     if (picture.bits == nullptr || picture.width <= 0 || picture.height <= 0) {
         return;
     }
     const int columns = std::min(picture.width, frameWidth);
-    const int rows = std::min(picture.height, frameHeight);
+    // Picture row y lands in frame row height - 1 - y: the rows above the frame's top
+    // are cut.
+    first = std::max({first, 0, picture.height - frameHeight});
+    end = std::min(end, picture.height);
     const std::size_t frameRow = 3u * static_cast<std::size_t>(frameWidth);
-    for (int y = 0; y < rows; ++y) {
-        const uint8_t* src =
-            picture.bits + static_cast<std::ptrdiff_t>(picture.height - 1 - y) * picture.stride;
-        copyRowAsBgr(src, picture.format, columns, frame + static_cast<std::size_t>(y) * frameRow);
+    for (int y = first; y < end; ++y) {
+        copyRowAsBgr(picture.bits + static_cast<std::ptrdiff_t>(y) * picture.stride, picture.format,
+                     columns, frame + static_cast<std::size_t>(picture.height - 1 - y) * frameRow);
     }
 }
 

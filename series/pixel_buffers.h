@@ -200,6 +200,9 @@ struct FramedPicture {
 /// Samples of the frame that the picture doesn't reach are left as they were.
 void readPictureIntoFrame(const PictureView& picture, uint8_t* frame, int frameWidth,
                           int frameHeight);
+/// The same for the picture's rows first to end - 1 (counted from the top) alone.
+void readPictureRowsIntoFrame(const PictureView& picture, int first, int end, uint8_t* frame,
+                              int frameWidth, int frameHeight);
 
 /// Writes the part of a frame that a picture of width by height covers into
 /// top-down 24-bit blue-green-red rows: the reverse of readPictureIntoFrame.

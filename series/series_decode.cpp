@@ -162,23 +162,14 @@ void SeriesReader::decodeAhead(std::size_t index, SampleBuffer& scratch) {
         // Whatever else went wrong is met again when the member is loaded.
         errorNumber = kReadAgain;
     }
-    // Scaled here while the picture is still in this core's caches, and off the
-    // thread that waits for it.
+    // Scaled for its window here, while the picture is still in this core's caches and
+    // off the thread that waits for it; without that copy the window scales it itself.
+    const QSize shownSize =
+        m_shownSize && !picture.isNull() ? m_shownSize(picture.size()) : QSize();
     QImage shown;
-    if (m_shownSize && !picture.isNull()) {
-        const QSize size = m_shownSize(picture.size());
-        if (!size.isEmpty() && size != picture.size()) {
-            try {
-                shown = scaledForDisplay(picture, size);
-            } catch (...) {
-                // Without a copy made here the window scales the picture itself.
-            }
-        }
-    }
 
     std::unique_lock lock(m_mutex);
     m.identity = identity;
-    m.shown = std::move(shown);
     m.errorNumber = errorNumber;
     m.width = picture.width();
     m.height = picture.height();
@@ -198,10 +189,22 @@ void SeriesReader::decodeAhead(std::size_t index, SampleBuffer& scratch) {
         const int frameWidth = m_frames.frameWidth;
         const int frameHeight = m_frames.frameHeight;
         lock.unlock();
-        readPictureIntoFrame(viewOf(picture), frame, frameWidth, frameHeight);
+        try {
+            shown = readIntoFrameAndScale(picture, frame, frameWidth, frameHeight, shownSize);
+        } catch (...) {
+            // The frame is filled before anything can fail.
+        }
         lock.lock();
         m.frameLayout = layout;
+    } else if (!shownSize.isEmpty() && shownSize != picture.size()) {
+        lock.unlock();
+        try {
+            shown = scaledForDisplay(picture, shownSize);
+        } catch (...) {
+        }
+        lock.lock();
     }
+    m.shown = std::move(shown);
     // A frame holds a picture whole when it is opaque and of image 1's size.
     const Member& first = m_members.front();
     const bool standsInFrame = m.frameLayout != 0 && m.frameLayout == m_layout &&

@@ -6,6 +6,8 @@
 
 #include <QImageWriter>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include "core/runtime_error.h"
 #include "engine/montage_run.h"
@@ -176,6 +178,46 @@ TEST(ScaledForDisplay, ExactSizeAndCloseToSmoothScaling) {
             }
             EXPECT_LT(difference / (3.0 * size.width() * size.height()), 4.0)
                 << format << " " << size.width();
+        }
+    }
+}
+
+// Packing while reducing leaves the very frame and the very window picture that the
+// two steps one after the other give: pictures cut by their frame or padded in it,
+// squares of every size, none at all.
+TEST(ReadIntoFrameAndScale, TheSameAsPackingThenScaling) {
+    struct Row {
+        QSize picture;
+        QSize frame;
+        QSize shown;
+    };
+    const Row rows[] = {
+        {{64, 40}, {68, 44}, {30, 19}},  {{64, 40}, {68, 44}, {32, 20}},
+        {{64, 40}, {68, 44}, {50, 33}},  {{65, 41}, {68, 44}, {21, 13}},
+        {{64, 40}, {52, 30}, {31, 19}},  {{90, 70}, {68, 44}, {9, 7}},
+        {{64, 40}, {68, 44}, {}},        {{64, 40}, {68, 44}, {64, 40}},
+        {{200, 35}, {204, 36}, {11, 2}},
+    };
+    for (QImage::Format format : {QImage::Format_RGB32, QImage::Format_ARGB32,
+                                  QImage::Format_RGB888, QImage::Format_BGR888}) {
+        for (const Row& row : rows) {
+            const QImage picture =
+                testing::patternPicture(row.picture.width(), row.picture.height(), 7)
+                    .convertToFormat(format);
+            const std::size_t bytes = 3u * row.frame.width() * row.frame.height();
+            std::vector<uint8_t> apart(bytes, 0x3C);
+            std::vector<uint8_t> together(bytes, 0x3C);
+            readPictureIntoFrame(viewOf(picture), apart.data(), row.frame.width(),
+                                 row.frame.height());
+            const bool wanted = !row.shown.isEmpty() && row.shown != row.picture;
+            const QImage expected = wanted ? scaledForDisplay(picture, row.shown) : QImage();
+            const QImage shown = readIntoFrameAndScale(picture, together.data(), row.frame.width(),
+                                                       row.frame.height(), row.shown);
+            const std::string what =
+                std::to_string(format) + " " + std::to_string(row.picture.width()) + " in " +
+                std::to_string(row.frame.width()) + " to " + std::to_string(row.shown.width());
+            EXPECT_EQ(together, apart) << what;
+            EXPECT_EQ(shown, expected) << what;
         }
     }
 }
