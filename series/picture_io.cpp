@@ -284,10 +284,6 @@ QImage bilinearScaled(const PictureView& picture, QSize size) {
     return scaled;
 }
 
-}  // namespace
-
-namespace {
-
 // The factor of scaledForDisplay's whole squares, 1 when it filters the picture as it
 // is, 0 when it leaves the whole work to Qt.
 int displayReduction(const QImage& picture, QSize size) {
@@ -310,9 +306,9 @@ QImage reducedFor(const QImage& picture, int factor) {
 
 QImage scaledForDisplay(const QImage& picture, QSize size) {
     // Qt's smooth scaling weighs every source pixel into every output pixel it
-    // touches: thirty 2 MP pictures cost half as much again as decoding them. A mean
-    // over whole squares, then bilinear filtering over the last step of less than
-    // half, shows the same picture (a level or two apart) for a tenth of the work.
+    // touches, and spreads that over Qt's own threads. A mean over whole squares,
+    // then bilinear filtering over the last step of less than half, shows the same
+    // picture (a level or two apart) for less work, all of it on the calling thread.
     const int factor = displayReduction(picture, size);
     if (factor == 0) {
         return qtSmoothScaled(picture, size);

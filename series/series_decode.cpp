@@ -201,6 +201,7 @@ void SeriesReader::decodeAhead(std::size_t index, SampleBuffer& scratch) {
         try {
             shown = scaledForDisplay(picture, shownSize);
         } catch (...) {
+            shown = QImage();
         }
         lock.lock();
     }
