@@ -201,7 +201,7 @@ void SeriesReader::decodeAhead(std::size_t index, SampleBuffer& scratch) {
         try {
             shown = scaledForDisplay(picture, shownSize);
         } catch (...) {
-            shown = QImage();
+            // The window scales the picture itself.
         }
         lock.lock();
     }
@@ -273,11 +273,8 @@ void SeriesReader::loadMember(int k, const std::string& fileName) {
         }
         // A file replaced or changed since it was read ahead is read again, and so is
         // one whose frame went to the buffers and did not come back.
-        const bool frameHeld = m.frameLayout != 0 && m.frameLayout == m_layout &&
-                               m_frames.pixels.data() != nullptr &&
-                               index < static_cast<std::size_t>(m_frames.capacity);
         readNow = identityOf(fileName) != m.identity || m.errorNumber == kReadAgain ||
-                  (m.errorNumber == 0 && m.picture.isNull() && !frameHeld);
+                  (m.errorNumber == 0 && m.picture.isNull() && !inHeldFrame(index));
     }
     if (readNow) {
         lock.unlock();
@@ -307,8 +304,7 @@ FramedPicture SeriesReader::framed(int k) {
     const Member* m = memberAt(k);
     FramedPicture framed;
     if (m == nullptr || !m_framesAsPictures || !m->loaded || m->errorNumber != 0 ||
-        !m->picture.isNull() || m->frameLayout == 0 || m->frameLayout != m_layout ||
-        m_frames.pixels.data() == nullptr || k > m_frames.capacity) {
+        !m->picture.isNull() || !inHeldFrame(static_cast<std::size_t>(k) - 1)) {
         return framed;
     }
     framed.view = frameAsPicture(m_frames.frame(k), m_frames.frameWidth, m_frames.frameHeight,
@@ -317,6 +313,12 @@ FramedPicture SeriesReader::framed(int k) {
         framed.hold = m_frames.pixels.hold();
     }
     return framed;
+}
+
+bool SeriesReader::inHeldFrame(std::size_t index) const {
+    const Member& m = m_members[index];
+    return m.frameLayout != 0 && m.frameLayout == m_layout && m_frames.pixels.data() != nullptr &&
+           index < static_cast<std::size_t>(m_frames.capacity);
 }
 
 const SeriesReader::Member* SeriesReader::memberAt(int k) const {

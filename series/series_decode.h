@@ -79,6 +79,8 @@ class SeriesReader {
     void loadMember(int k, const std::string& fileName);
     /// Member k, or null when there is no such member; the caller holds the mutex.
     const Member* memberAt(int k) const;
+    /// Member `index` (from 0) stands in a frame the reader still has. Under m_mutex.
+    bool inHeldFrame(std::size_t index) const;
     void work();
     void decodeAhead(std::size_t index, SampleBuffer& scratch);
     void layOut(const QImage& first);
