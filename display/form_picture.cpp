@@ -49,9 +49,10 @@ void PictureBox::setPicture(QImage picture, QImage shown) {
     fitToPicture(std::move(shown));
 }
 
-void PictureBox::setFramedPicture(FramedPicture framed, QImage shown) {
+void PictureBox::setFramedPicture(FramedPicture framed, QImage shown, FrameCopy copy) {
     m_picture = QImage();
     m_framed = std::move(framed);
+    m_frameCopy = copy;
     fitToPicture(std::move(shown));
 }
 
@@ -66,10 +67,14 @@ void PictureBox::clearPicture() {
 const QImage& PictureBox::picture() const {
     if (m_picture.isNull() && m_framed.view.bits != nullptr) {
         try {
-            m_picture = opaquePictureOf(m_framed.view);
+            m_picture = m_frameCopy(m_framed.view);
         } catch (const RuntimeError&) {
             // Without room for the copy it reads as no picture, and is asked again next time.
         } catch (const std::bad_alloc&) {
+        }
+        if (!m_picture.isNull()) {
+            // The frame may be rewritten or given back from here on; the copy holds all.
+            m_framed = FramedPicture{};
         }
     }
     return m_picture;
@@ -110,8 +115,13 @@ void PictureBox::fitToPicture(QImage shown) {
     m_shown = QImage();
     if (hasPicture() && m_scale < 1.0) {
         // Scaled once here rather than at every paint: a photograph is large.
-        m_shown = shown.size() == shownSize() ? std::move(shown)
-                                              : scaledForDisplay(picture(), shownSize());
+        if (shown.size() == shownSize()) {
+            m_shown = std::move(shown);
+        } else if (m_picture.isNull()) {
+            m_shown = scaledFrameForDisplay(m_framed.view, shownSize());
+        } else {
+            m_shown = scaledForDisplay(m_picture, shownSize());
+        }
     }
     if (m_autoSize && hasPicture()) {
         resize(shownSize());

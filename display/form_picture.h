@@ -6,6 +6,7 @@
 #include <QWidget>
 #include <array>
 
+#include "series/picture_io.h"
 #include "series/pixel_buffers.h"
 
 namespace lumiquilt {
@@ -22,9 +23,12 @@ class PictureBox : public QWidget {
     /// Holds the picture; with autoSize the control takes the picture's shown size.
     /// A shown picture of that size, scaled ahead, saves scaling it here.
     void setPicture(QImage picture, QImage shown = QImage());
-    /// Holds a picture that stands in a frame of the series buffer: no copy of it is
-    /// made until picture() is asked for.
-    void setFramedPicture(FramedPicture framed, QImage shown = QImage());
+    /// How a picture that stands in a frame is copied out of it when asked for.
+    using FrameCopy = QImage (*)(const PictureView& framed);
+    /// Holds a picture that stands in a frame of the buffers: no copy of it is made
+    /// until picture() is asked for, and then the copy takes the frame's place.
+    void setFramedPicture(FramedPicture framed, QImage shown = QImage(),
+                          FrameCopy copy = opaquePictureOf);
     /// The size a picture of `picture`'s size is shown at, at a display scale.
     static QSize shownSizeAt(QSize picture, double scale);
     /// Removes the picture: the control then reads as blank (black) samples.
@@ -76,7 +80,8 @@ class PictureBox : public QWidget {
     void fitToPicture(QImage shown = QImage());
     void updateOpaque();
 
-    FramedPicture m_framed;
+    mutable FramedPicture m_framed;
+    FrameCopy m_frameCopy = opaquePictureOf;
     mutable QImage m_picture;  // made from m_framed when first asked for
     QImage m_shown;            // the picture at the display scale, when that is below 1
     double m_scale = 1.0;

@@ -131,7 +131,14 @@ class CreateImageWindows : public CreateImageFront {
         const int height = static_cast<int>(s.imageHeight);
         // A minimum area can leave an empty montage: the window then shows none.
         if (width > 0 && height > 0) {
-            montage->PictureFile->setPicture(paintMontage(s.buffers, width, height));
+            // The window shows slot 100 itself until a command asks for the picture:
+            // a photograph's montage is tens of megabytes to copy and then reduce.
+            const PixelBuffers& b = s.buffers;
+            montage->PictureFile->setFramedPicture(
+                {frameAsPicture(b.montageSlot(PixelBuffers::kFirstMontageSlot), b.montageMaxX + 1,
+                                b.montageMaxY + 1, width, height),
+                 s.buffers.montagePixels.hold()},
+                QImage(), bgrPictureOf);
         } else {
             montage->PictureFile->clearPicture();
         }

@@ -254,6 +254,19 @@ QImage opaquePictureOf(const PictureView& framed) {
     return image;
 }
 
+QImage bgrPictureOf(const PictureView& framed) {
+    if (!isFrameView(framed)) {
+        return QImage();
+    }
+    const std::size_t rowBytes = ((static_cast<std::size_t>(framed.width) * 24 + 31) / 32) * 4;
+    QImage image = ownedPicture(framed.width, framed.height, QImage::Format_BGR888, rowBytes);
+    for (int y = 0; y < framed.height; ++y) {
+        std::memcpy(image.scanLine(y), framed.bits + static_cast<std::ptrdiff_t>(y) * framed.stride,
+                    3u * static_cast<std::size_t>(framed.width));
+    }
+    return image;
+}
+
 QImage opaquePartOf(const PictureView& framed, QRect area) {
     area &= QRect(0, 0, framed.width, framed.height);
     if (!isFrameView(framed) || area.isEmpty()) {
@@ -304,25 +317,44 @@ QImage reducedFor(const QImage& picture, int factor) {
 
 }  // namespace
 
-QImage scaledForDisplay(const QImage& picture, QSize size) {
-    // Qt's smooth scaling weighs every source pixel into every output pixel it
-    // touches, and spreads that over Qt's own threads. A mean over whole squares,
-    // then bilinear filtering over the last step of less than half, shows the same
-    // picture (a level or two apart) for less work, all of it on the calling thread.
-    const int factor = displayReduction(picture, size);
-    if (factor == 0) {
-        return qtSmoothScaled(picture, size);
-    }
+namespace {
+
+// Qt's smooth scaling weighs every source pixel into every output pixel it touches,
+// and spreads that over Qt's own threads. A mean over whole squares, then bilinear
+// filtering over the last step of less than half, shows the same picture (a level or
+// two apart) for less work, all of it on the calling thread.
+QImage reducedThenFiltered(const PictureView& picture, int factor, QSize size) {
     if (factor == 1) {
-        return bilinearScaled(viewOf(picture), size);
+        return bilinearScaled(picture, size);
     }
-    QImage reduced = reducedFor(picture, factor);
+    QImage reduced(reducedSide(picture.width, factor), reducedSide(picture.height, factor),
+                   QImage::Format_RGB32);
     if (reduced.isNull()) {
         return reduced;
     }
-    reducePicture(viewOf(picture), factor, reinterpret_cast<uint32_t*>(reduced.bits()),
+    reducePicture(picture, factor, reinterpret_cast<uint32_t*>(reduced.bits()),
                   reduced.bytesPerLine());
     return bilinearScaled(viewOf(reduced), size);
+}
+
+}  // namespace
+
+QImage scaledForDisplay(const QImage& picture, QSize size) {
+    const int factor = displayReduction(picture, size);
+    return factor == 0 ? qtSmoothScaled(picture, size)
+                       : reducedThenFiltered(viewOf(picture), factor, size);
+}
+
+QImage scaledFrameForDisplay(const PictureView& framed, QSize size) {
+    if (!isFrameView(framed) || size.isEmpty()) {
+        return QImage();
+    }
+    if (size.width() > framed.width || size.height() > framed.height) {
+        return qtSmoothScaled(opaquePictureOf(framed), size);  // enlarged: rare
+    }
+    const int factor =
+        std::max(1, std::min(framed.width / size.width(), framed.height / size.height()));
+    return reducedThenFiltered(framed, factor, size);
 }
 
 QImage readIntoFrameAndScale(const QImage& picture, uint8_t* frame, int frameWidth, int frameHeight,

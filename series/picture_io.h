@@ -27,6 +27,8 @@ QImage pictureFromFrame(const uint8_t* frame, int frameWidth, int frameHeight, i
 /// The opaque 32-bit picture that a frame seen as a picture holds, as the decoder
 /// gives one: what a window shows when its picture stands in a frame.
 QImage opaquePictureOf(const PictureView& framed);
+/// The same picture in 24 bits, as paintMontage gives a montage's.
+QImage bgrPictureOf(const PictureView& framed);
 /// The part of it in `area` alone, in memory of Qt's rather than the buffers': what a
 /// window paints of it at full size, for the moment of the paint. Null when the area
 /// lies outside or there is no room.
@@ -54,6 +56,8 @@ void saveMontage(const PixelBuffers& buffers, int width, int height, const std::
 /// down by whole squares while it is twice the size or more, then filtered
 /// bilinearly to the exact size.
 QImage scaledForDisplay(const QImage& picture, QSize size);
+/// The same for a frame seen as a picture, without a copy of the whole picture on the way.
+QImage scaledFrameForDisplay(const PictureView& framed, QSize size);
 
 /// Copies a picture into its frame as readPictureIntoFrame does and gives it scaled
 /// for display to `size` as scaledForDisplay does; empty or the picture's own size asks

@@ -120,6 +120,42 @@ TEST(SavePicture, BmpFilesAreByteForByteQtsOwn) {
     }
 }
 
+// A window shows a montage straight from its slot, and copies it out only when a
+// command asks: both must be what the painted picture gives.
+TEST(MontageFrame, CopiedAndShownAsThePaintedPicture) {
+    struct Row {
+        QSize montage;
+        QSize shown;
+    };
+    const Row rows[] = {
+        {{1, 1}, {1, 1}},     {{7, 9}, {3, 4}},   {{41, 23}, {40, 22}}, {{41, 23}, {20, 11}},
+        {{64, 48}, {21, 16}}, {{64, 48}, {5, 3}}, {{64, 48}, {80, 60}}, {{33, 2}, {10, 1}},
+    };
+    for (const Row& row : rows) {
+        PixelBuffers b;
+        b.sizeMontage(row.montage.width(), row.montage.height());
+        const int frameWidth = b.montageMaxX + 1;
+        const int frameHeight = b.montageMaxY + 1;
+        const QImage whole = testing::patternPicture(frameWidth, frameHeight, 5)
+                                 .convertToFormat(QImage::Format_BGR888);
+        readPictureIntoFrame(viewOf(whole), b.montageSlot(100), frameWidth, frameHeight);
+        const PictureView framed = frameAsPicture(b.montageSlot(100), frameWidth, frameHeight,
+                                                  row.montage.width(), row.montage.height());
+        const QImage painted = paintMontage(b, row.montage.width(), row.montage.height());
+        const std::string what =
+            std::to_string(row.montage.width()) + " to " + std::to_string(row.shown.width());
+
+        const QImage copy = bgrPictureOf(framed);
+        EXPECT_EQ(copy.format(), painted.format()) << what;
+        EXPECT_EQ(copy.bytesPerLine(), painted.bytesPerLine()) << what;
+        EXPECT_EQ(copy, painted) << what;
+        EXPECT_EQ(scaledFrameForDisplay(framed, row.shown).convertToFormat(QImage::Format_RGB32),
+                  scaledForDisplay(painted, row.shown).convertToFormat(QImage::Format_RGB32))
+            << what;
+    }
+    EXPECT_TRUE(scaledFrameForDisplay(PictureView{}, QSize(3, 3)).isNull());
+}
+
 TEST(SaveMontage, SameBytesAsSavingThePaintedPicture) {
     TestFolder dir;
     const QSize sizes[] = {{1, 1}, {2, 3}, {5, 4}, {8, 5}, {7, 9}, {41, 23}, {64, 48}};
