@@ -80,6 +80,12 @@ const QImage& PictureBox::picture() const {
     return m_picture;
 }
 
+void PictureBox::ownPicture() {
+    if (m_framed.view.bits != nullptr && picture().isNull()) {
+        throw RuntimeError(kOutOfMemory);
+    }
+}
+
 PictureView PictureBox::view() const {
     return m_framed.view.bits != nullptr ? m_framed.view : viewOf(m_picture);
 }

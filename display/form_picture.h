@@ -31,6 +31,9 @@ class PictureBox : public QWidget {
                           FrameCopy copy = opaquePictureOf);
     /// The size a picture of `picture`'s size is shown at, at a display scale.
     static QSize shownSizeAt(QSize picture, double scale);
+    /// Copies a picture that stands in a frame out of it, for a frame about to be
+    /// rewritten in place. Throws RuntimeError 7 when there is no room for the copy.
+    void ownPicture();
     /// Removes the picture: the control then reads as blank (black) samples.
     void clearPicture();
     const QImage& picture() const;

@@ -159,7 +159,9 @@ void PreviewCommands::mnuShowPreview2_Click(const FormMontagePicture* window) {
             }
         }
         if (methodWindow) {
-            // Mode 1: the seven method windows into their slots.
+            // Mode 1: the seven method windows into their slots, in place. The main
+            // montage window may still show slot 100; it keeps a copy of its own.
+            f.montageWindow()->PictureFile->ownPicture();
             std::vector<PictureView> methods;
             for (int i = 0; i < kMethodCount; ++i) {
                 methods.push_back(f.hasMethodWindow(i)

@@ -144,5 +144,30 @@ TEST_F(PreviewTest, ShowPreviewOfASourceTheMontageAndAMethodWindow) {
     EXPECT_EQ(ui.messages.size(), 1u);
 }
 
+// The method windows go into their slots in place; a main montage window that still
+// shows slot 100 must keep its own montage, not take method 0's.
+TEST_F(PreviewTest, MethodWindowsIntoTheirSlotsLeaveTheMainMontageAsItWas) {
+    makeSeries("s", 3, 80, 60);
+    setFileName(dir.path("s1.png"));
+    form().m.mnuAllMethods->trigger();
+    ASSERT_EQ(ui.messages.size(), 1u);
+    PixelBuffers& b = state.buffers;
+    PictureBox* main = form().montageWindow()->PictureFile;
+    main->setFramedPicture({frameAsPicture(b.montageSlot(PixelBuffers::kFirstMontageSlot),
+                                           b.montageMaxX + 1, b.montageMaxY + 1, 80, 60),
+                            b.montagePixels.hold()},
+                           QImage(), bgrPictureOf);
+    const QImage before = bgrPictureOf(main->view());
+    const QImage method0 = form().methodWindow(0)->PictureFile->picture();
+    ASSERT_NE(before, method0) << "the test needs slot 100 to change";
+
+    form().methodWindow(2)->mnuShowPreview2->trigger();
+    EXPECT_EQ(bgrPictureOf(frameAsPicture(b.montageSlot(PixelBuffers::kFirstMontageSlot),
+                                          b.montageMaxX + 1, b.montageMaxY + 1, 80, 60)),
+              method0);
+    EXPECT_EQ(main->picture(), before);
+    EXPECT_EQ(ui.messages.size(), 1u);
+}
+
 }  // namespace
 }  // namespace lumiquilt
