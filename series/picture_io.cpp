@@ -115,14 +115,15 @@ QImage decodePicture(const std::string& fileName, SampleBuffer* scratch) {
     }
     QImageReader reader(QString::fromStdString(fileName));
     reader.setDecideFormatFromContent(true);
+    // Before the size: reading the header reads every chunk ahead of the pixels.
+    if (reader.format() == "png" && !pngChunksWithinFile(fileName)) {
+        throw RuntimeError(kInvalidPicture);
+    }
     QImage image;
     const QSize size = reader.size();
     const QImage::Format format = readerFormat(reader);
     const std::size_t rowBytes = 4u * static_cast<std::size_t>(std::max(size.width(), 0));
     const std::size_t bytes = rowBytes * static_cast<std::size_t>(std::max(size.height(), 0));
-    if (reader.format() == "png" && !pngChunksWithinFile(fileName)) {
-        throw RuntimeError(kInvalidPicture);
-    }
     const bool sizeTaken =
         size.width() > 0 && size.height() > 0 && size.width() <= 32767 && size.height() <= 32767;
     // A picture of a size the program takes, but more than memory allows, is refused

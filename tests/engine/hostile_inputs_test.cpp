@@ -134,6 +134,8 @@ std::vector<SeriesRow> seriesRows() {
         {"series beyond the memory budget", ".png", three, kOutOfMemory, "series", "h", false, 100},
         {"PNG whose text chunk claims 2 GB", ".png", fixture("png_text_chunk_claims_2GB.png"),
          kNotAPicture},
+        {"PNG whose text chunk before the pixels claims 2 GB", ".png",
+         fixture("png_text_chunk_before_the_pixels_claims_2GB.png"), kNotAPicture},
         {"BMP of negative width", ".bmp", fixture("bmp_negative_width.bmp"), kNotAPicture},
         {"BMP of zero width", ".bmp", fixture("bmp_zero_width.bmp"), kNotAPicture},
         {"BMP of zero height", ".bmp", fixture("bmp_zero_height.bmp"), kNotAPicture},
